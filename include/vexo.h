@@ -1,0 +1,863 @@
+/*
+ * vexo.h - the one public header of libvexo.
+ *
+ * libvexo gives hosts that drive galvanometer laser-scanner heads a flat C
+ * interface to geometry (point arrays, vectors, matrices, lines, curves,
+ * polygon clipping), scanner correction tables (eleven foreign file formats,
+ * the library's own big-endian "kxo" format, interpolation and adjustments),
+ * camera calibration, pattern recognition, a colour pipeline and small
+ * runtime-data blobs.
+ *
+ * Ownership.  The caller owns every record it passes in for the length of the
+ * call; the library never keeps a caller pointer after returning, except
+ * inside the handles it creates (released with the family's _release).
+ * Every buffer the library hands back comes from malloc/realloc and belongs
+ * to the caller: free point arrays with vexo_geom_release (or free()).
+ * A function that takes a buffer and returns a buffer may move it, as
+ * realloc does; when it fails it frees the buffer it was given and returns
+ * NULL, unless its comment says otherwise.
+ *
+ * Status codes.  Functions that report success return a uint32_t status;
+ * success is VEXO_OK (1), never 0.  The values are pinned forever.
+ *
+ * Units.  Coordinates are unit-agnostic (hosts use millimetres); angles
+ * passed in are degrees.  Correction tables work in scanner output units
+ * centred on 0 (-32767.5 .. +32767.5).
+ *
+ * Threads.  No call starts a thread or keeps hidden per-thread state.  Calls
+ * on distinct records may run concurrently.  The only library-wide state is
+ * the header of the last correction load and the colour gamma table; both
+ * are guarded internally.
+ *
+ * Nothing is printed or logged.  No exception ever leaves the library.
+ */
+#ifndef VEXO_H
+#define VEXO_H
+
+#include <stddef.h>
+#include <stdint.h>
+#ifndef __cplusplus
+#include <stdbool.h>
+#endif
+
+/* ---------------------------------------------------------------------------
+ * Version and export
+ * ------------------------------------------------------------------------- */
+#define VEXO_VERSION_MAJOR 0
+#define VEXO_VERSION_MINOR 1
+#define VEXO_VERSION_PATCH 0
+#define VEXO_VERSION_NUMBER \
+    (VEXO_VERSION_MAJOR * 10000 + VEXO_VERSION_MINOR * 100 + VEXO_VERSION_PATCH)
+
+#if defined(_WIN32)
+#if defined(VEXO_BUILDING_LIBRARY)
+#define VEXO_API __declspec(dllexport)
+#elif defined(VEXO_STATIC)
+#define VEXO_API
+#else
+#define VEXO_API __declspec(dllimport)
+#endif
+#elif defined(__GNUC__) || defined(__clang__)
+#define VEXO_API __attribute__((visibility("default")))
+#else
+#define VEXO_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---------------------------------------------------------------------------
+ * Status codes
+ * ------------------------------------------------------------------------- */
+#define VEXO_OK 1u                        /* success */
+#define VEXO_ERROR_NO_RESULT 5u           /* an operation produced no output */
+#define VEXO_ERROR_INVALID_DATA 7u        /* file content not understood */
+#define VEXO_ERROR_NO_HANDLE 9u           /* handle missing / matching produced nothing */
+#define VEXO_ERROR_NO_MEMORY 11u          /* an allocation failed */
+#define VEXO_ERROR_INVALID_PARAMETER 16u  /* missing pointer, count or argument out of range */
+#define VEXO_ERROR_FILE_ACCESS 18u        /* runtime-data file could not be opened */
+#define VEXO_ERROR_OPEN_FILE 19u          /* data file could not be opened */
+#define VEXO_ERROR_WRITE_FILE 20u         /* fewer bytes written than requested */
+#define VEXO_ERROR_READ_FILE 21u          /* file too short or a value unreadable */
+#define VEXO_ERROR_NUMERIC 24u            /* a computed distance is not a number */
+#define VEXO_ERROR_INVALID_HEADER 25u     /* required header line missing */
+#define VEXO_ERROR_UNKNOWN_FORMAT 34u     /* file type not supported */
+
+/* Library version as VEXO_VERSION_NUMBER and as "major.minor.patch"; compare
+ * with the macros to detect a header/library mismatch. */
+VEXO_API uint32_t vexo_util_version_number(void);
+VEXO_API const char *vexo_util_version_string(void);
+
+/* ===========================================================================
+ * core: points and point buffers
+ * ========================================================================= */
+
+/* Flags of GeomPoint.flags. */
+#define VEXO_POINT_END 0x01u       /* last point of its polyline; alone: a dot */
+#define VEXO_POINT_PROCESSED 0x02u /* consumed/dropped; compacted away */
+#define VEXO_POINT_END_MARK 0x04u  /* travels with VEXO_POINT_END */
+#define VEXO_POINT_KEEP 0x40u      /* survives into crossings when all ends carry it */
+
+/* One point of a polyline array: 32 bytes.  The 4 trailing bytes are never
+ * read; whole-record copies keep them. */
+typedef struct GeomPoint {
+    double x;
+    double y;
+    double z;
+    uint32_t flags;
+    uint32_t reserved;
+} GeomPoint;
+
+/* How a dot is drawn as a figure.  radius, inner_radius and pitch are in
+ * thousandths of the coordinate unit. */
+typedef struct GeomDotShape {
+    uint16_t kind;         /* 0 = circle, other = spiral */
+    uint16_t unused;       /* not read */
+    uint32_t options;      /* VEXO_DOT_REVERSE | VEXO_DOT_OUTWARD */
+    uint32_t steps;        /* points per full revolution */
+    uint32_t radius;       /* circle radius / spiral outer radius */
+    uint32_t inner_radius; /* spiral only */
+    uint32_t pitch;        /* spiral only: radial distance per revolution */
+} GeomDotShape;
+
+#define VEXO_DOT_REVERSE 0x01u /* reverse the direction of travel */
+#define VEXO_DOT_OUTWARD 0x02u /* spiral runs from the inner to the outer radius */
+
+/* Byte offset of the GeomDotShape fields inside the larger parameter record
+ * read by the *_dot2 appenders (kind at 258, then 260, 264, 268, 272, 276). */
+#define VEXO_DOT_PARAMS_OFFSET 258u
+#define VEXO_DOT_PARAMS_SIZE 280u
+
+/* Resize `buffer` (may be NULL) to exactly `count` points.  count 0 returns
+ * NULL and leaves buffer untouched.  On failure frees buffer, returns NULL. */
+VEXO_API GeomPoint *vexo_geom_realloc(GeomPoint *buffer, uint32_t count);
+
+/* Grow with headroom: returns buffer unchanged when it is not NULL and
+ * count <= *capacity; otherwise *capacity = count + max(count/100, 100) and
+ * the buffer is reallocated.  On failure frees buffer and returns NULL
+ * (*capacity already updated).  A capacity that would not fit in 32 bits
+ * fails the same way. */
+VEXO_API GeomPoint *vexo_geom_realloc_fast(GeomPoint *buffer, uint32_t count,
+                                           uint32_t *capacity);
+
+/* Free a point array returned by any vexo_ function; NULL is ignored. */
+VEXO_API void vexo_geom_release(GeomPoint *buffer);
+
+/* Resize an array of 56-byte pair records to `count`.  Plain realloc
+ * semantics: on failure the old block is NOT freed; count 0 returns NULL
+ * without freeing. */
+VEXO_API void *vexo_geom_pair_realloc(void *buffer, uint32_t count);
+
+/* Free a pair array; NULL is ignored. */
+VEXO_API void vexo_geom_pair_release(void *buffer);
+
+/* Append n points of `source` behind the `count` points of buffer, adding
+ * (dx, dy, dz).  With a zero offset the records are copied whole.  The caller
+ * adds n to its count.  count + n == 0 returns NULL (buffer untouched); on
+ * failure frees buffer and returns NULL. */
+VEXO_API GeomPoint *vexo_geom_append(GeomPoint *buffer, uint32_t count,
+                                     const GeomPoint *source, uint32_t n,
+                                     double dx, double dy, double dz);
+
+/* vexo_geom_append without offset, growing with headroom (see
+ * vexo_geom_realloc_fast).  On failure frees buffer and returns NULL. */
+VEXO_API GeomPoint *vexo_geom_append_fast(GeomPoint *buffer, uint32_t count,
+                                          const GeomPoint *source, uint32_t n,
+                                          uint32_t *capacity);
+
+/* Append a dot at point->x/y/z: one point with flags 1, or, with use_shape,
+ * the circle or spiral that `shape` describes.  *count is advanced.
+ * `capacity` may be NULL (exact growth).  On allocation failure frees buffer
+ * and returns NULL; a figure that yields no points leaves everything as is. */
+VEXO_API GeomPoint *vexo_geom_append_dot_fast(GeomPoint *buffer, uint32_t *count,
+                                              const GeomPoint *point, bool use_shape,
+                                              const GeomDotShape *shape,
+                                              uint32_t *capacity);
+
+/* vexo_geom_append_dot_fast with exact growth. */
+VEXO_API GeomPoint *vexo_geom_append_dot(GeomPoint *buffer, uint32_t *count,
+                                         const GeomPoint *point, bool use_shape,
+                                         const GeomDotShape *shape);
+
+/* As the two above, reading the shape from a caller parameter record of at
+ * least VEXO_DOT_PARAMS_SIZE bytes (fields at VEXO_DOT_PARAMS_OFFSET). */
+VEXO_API GeomPoint *vexo_geom_append_dot_fast2(GeomPoint *buffer, uint32_t *count,
+                                               const GeomPoint *point, bool use_shape,
+                                               const void *params, uint32_t *capacity);
+VEXO_API GeomPoint *vexo_geom_append_dot2(GeomPoint *buffer, uint32_t *count,
+                                          const GeomPoint *point, bool use_shape,
+                                          const void *params);
+
+/* ===========================================================================
+ * geom: circle and spiral generators
+ * ========================================================================= */
+
+/* Points along a circular arc around centre (x, y, z used), angles in
+ * degrees from +Y towards +X, `steps` points per full turn (min 3).  A full
+ * circle is closed with a copy of its first point.  The last point carries
+ * flags 1.  Returns a new array (free with vexo_geom_release) and stores its
+ * length in *count when count is not NULL; NULL when no point results or on
+ * allocation failure. */
+VEXO_API GeomPoint *vexo_geom_create_circle(double radius, const GeomPoint *centre,
+                                            double start, double end, uint32_t steps,
+                                            uint32_t *count);
+
+/* A spiral between `inner` and `outer` radius with `pitch` per turn and
+ * roughly constant point spacing, running inward (or outward when outward is
+ * non-zero), clockwise (or counter-clockwise when reverse is non-zero).
+ * `count` is required.  Returns a new array or NULL (no point, or allocation
+ * failure; *count then holds the points written before it). */
+VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer,
+                                            const GeomPoint *centre, double start,
+                                            double pitch, uint32_t steps, uint8_t reverse,
+                                            uint8_t outward, uint32_t *count);
+
+/* ===========================================================================
+ * vector2d / vector3d: vector math on bare double arrays
+ * ========================================================================= */
+
+/* Divide v (2 doubles) by its length when the length exceeds 1e-7. */
+VEXO_API void vexo_vector2d_normalise(double *v);
+/* a.y*b.y + a.x*b.x. */
+VEXO_API double vexo_vector2d_dotproduct(const double *a, const double *b);
+/* The same value as vexo_vector2d_dotproduct. */
+VEXO_API double vexo_vector2d_scalar(const double *a, const double *b);
+/* sqrt(x*x + y*y). */
+VEXO_API double vexo_vector2d_length(const double *v);
+/* Cosine of the angle between a and b, unclamped; 0.0 when a length is 0. */
+VEXO_API double vexo_vector2d_angle_cos(const double *a, const double *b);
+/* Angle between a and b in radians (0..pi); NaN when rounding pushes the
+ * cosine outside [-1, 1]. */
+VEXO_API double vexo_vector2d_angle(const double *a, const double *b);
+/* Directed angle from b to a in radians, 0 <= r < 2pi, measured from +Y
+ * towards +X.  Normalises a and b in place. */
+VEXO_API double vexo_vector2d_angle_directed(double *a, double *b);
+/* The 2D cross product a.x*b.y - a.y*b.x: > 0 when b turns counter-clockwise
+ * from a. */
+VEXO_API double vexo_vector2d_is_ccw(const double *a, const double *b);
+
+/* out = a x b (3 doubles each); out must not alias a or b. */
+VEXO_API void vexo_vector3d_crossproduct(const double *a, const double *b, double *out);
+/* Turn v about Z by `angle` degrees, counter-clockwise for positive angles. */
+VEXO_API void vexo_vector3d_rotate_z(double *v, double angle);
+/* Divide v (3 doubles) by its length when the length exceeds 1e-7. */
+VEXO_API void vexo_vector3d_normalise(double *v);
+/* sqrt(x*x + y*y + z*z). */
+VEXO_API double vexo_vector3d_length(const double *v);
+/* Angle between a and b in degrees (NaN for a zero-length vector). */
+VEXO_API double vexo_vector3d_angle(const double *a, const double *b);
+
+/* Axis selection bits of vexo_vec_line_to_dot_is_dist. */
+#define VEXO_AXIS_X 0x01u
+#define VEXO_AXIS_Y 0x02u
+#define VEXO_AXIS_Z 0x04u
+
+/* 1 when dot p lies within `tolerance` of segment a-b (3 doubles each),
+ * measured over the selected axes by a depth-10 bisection that follows the
+ * nearer end (an approximation by design), else 0. */
+VEXO_API uint8_t vexo_vec_line_to_dot_is_dist(const double *a, const double *b,
+                                              const double *p, double tolerance,
+                                              uint32_t axes);
+
+/* ===========================================================================
+ * matrix: 4x4 affine transformations
+ * ========================================================================= */
+
+/* 16 doubles, row-major; points are column vectors, translation in m[3],
+ * m[7], m[11].  Builders pre-multiply: a transformation added later is
+ * applied after those added earlier.  Angles are degrees. */
+typedef struct GeomMatrix {
+    double m[16];
+} GeomMatrix;
+
+/* New identity matrix (free with vexo_matrix_release), NULL on failure. */
+VEXO_API GeomMatrix *vexo_matrix_create(void);
+/* Free a matrix from vexo_matrix_create; NULL ignored. */
+VEXO_API void vexo_matrix_release(GeomMatrix *m);
+/* Set m to identity; NULL ignored. */
+VEXO_API void vexo_matrix_unify(GeomMatrix *m);
+/* true when all 16 entries compare equal (NaN never equal, +0 == -0). */
+VEXO_API bool vexo_matrix_equal(const GeomMatrix *a, const GeomMatrix *b);
+/* Copy the 16 entries into `out` as floats, same order. */
+VEXO_API void vexo_matrix_convert_tof(const GeomMatrix *m, float *out);
+/* out = m * p (x, y, z), flags copied; m NULL copies the whole record; p or
+ * out NULL does nothing. */
+VEXO_API void vexo_matrix_multiply_point(const GeomMatrix *m, const GeomPoint *p,
+                                         GeomPoint *out);
+/* (x, y, 0) through m: *out_x, *out_y. */
+VEXO_API void vexo_matrix_multiply_2Dcoord(const GeomMatrix *m, double x, double y,
+                                           double *out_x, double *out_y);
+/* b = a * b; a and b may be the same matrix. */
+VEXO_API void vexo_matrix_multiply_matrix(const GeomMatrix *a, GeomMatrix *b);
+/* m = inverse(m); a singular matrix (determinant exactly 0) is unchanged. */
+VEXO_API void vexo_matrix_invert(GeomMatrix *m);
+/* Pre-multiply a translation; (0, 0, 0) leaves m untouched. */
+VEXO_API void vexo_matrix_translate(GeomMatrix *m, double dx, double dy, double dz);
+/* Pre-multiply a scaling diag(sx, sy, sz, 1). */
+VEXO_API void vexo_matrix_scale(GeomMatrix *m, double sx, double sy, double sz);
+/* Pre-multiply a shear: a1, a2 add x to y and z; a3, a4 add y to x and z;
+ * a5, a6 add z to x and y. */
+VEXO_API void vexo_matrix_slant(GeomMatrix *m, double a1, double a2, double a3,
+                                double a4, double a5, double a6);
+/* Pre-multiply rotations about X, then Y, then Z (degrees; a positive angle
+ * turns clockwise looking down the axis), about `centre` (3 doubles) or the
+ * origin when centre is NULL. */
+VEXO_API void vexo_matrix_rotate(GeomMatrix *m, const double *centre, double ax,
+                                 double ay, double az);
+/* Pre-multiply a rotation by `angle` degrees about `axis` (3 doubles, need
+ * not be unit), same sense as vexo_matrix_rotate.  VEXO_OK, or
+ * VEXO_ERROR_NO_MEMORY with m unchanged. */
+VEXO_API uint32_t vexo_matrix_rotate_vector3d(GeomMatrix *m, const double *axis,
+                                              double angle);
+/* Pre-multiply a perspective frustum (entries at the classic OpenGL
+ * indices 0, 5, 8, 9, 10, 11, 14). */
+VEXO_API void vexo_matrix_frustum(GeomMatrix *m, double left, double right,
+                                  double bottom, double top, double z_near, double z_far);
+/* m[3], m[7], m[11]; any output may be NULL. */
+VEXO_API void vexo_matrix_get_translation(const GeomMatrix *m, double *x, double *y,
+                                          double *z);
+/* Lengths of rows 0, 1, 2 (values within 1e-7 of 1 are exactly 1); any
+ * output may be NULL. */
+VEXO_API void vexo_matrix_get_scaling(const GeomMatrix *m, double *sx, double *sy,
+                                      double *sz);
+/* Rotation angles in degrees about X, Y, Z; any output may be NULL. */
+VEXO_API void vexo_matrix_get_rotation(const GeomMatrix *m, double *ax, double *ay,
+                                       double *az);
+
+/* ===========================================================================
+ * geom: smoothing, point reduction, placement, predicates
+ * ========================================================================= */
+
+/* Average each inner point of a polyline with its neighbours when both
+ * neighbours lie closer than max_dist (x and y only; the 3D variant measures
+ * with z but never moves z).  Writes VEXO_OK to *status when not NULL.
+ * Returns points. */
+VEXO_API GeomPoint *vexo_geom_smoothen(GeomPoint *points, uint32_t count,
+                                       double max_dist, uint32_t *status);
+VEXO_API GeomPoint *vexo_geom_smoothen_2d(GeomPoint *points, uint32_t count,
+                                          double max_dist, uint32_t *status);
+
+/* Drop points closer than min_dist to their predecessor, and two-point
+ * polylines shorter than min_dist; polylines whose ends nearly touch are
+ * joined.  In place: *count shrinks, order is kept.  Returns points. */
+VEXO_API GeomPoint *vexo_geom_reduce(GeomPoint *points, uint32_t *count, double min_dist);
+VEXO_API GeomPoint *vexo_geom_reduce_2d(GeomPoint *points, uint32_t *count,
+                                        double min_dist);
+
+/* Drop points whose direction change is positive and below max_angle
+ * (degrees here; RADIANS in the _2d variant).  Collinear points stay.  In
+ * place: *count shrinks.  Returns points. */
+VEXO_API GeomPoint *vexo_geom_reduce_by_angle(GeomPoint *points, uint32_t *count,
+                                              double max_angle);
+VEXO_API GeomPoint *vexo_geom_reduce_by_angle_2d(GeomPoint *points, uint32_t *count,
+                                                 double max_angle);
+
+/* Add (dx, dy, dz) to every point; NULL or count 0 does nothing. */
+VEXO_API void vexo_geom_translate(GeomPoint *points, uint32_t count, double dx,
+                                  double dy, double dz);
+/* Scale every point about the origin through a scaling matrix; NULL or
+ * count 0 does nothing. */
+VEXO_API void vexo_geom_scale(GeomPoint *points, uint32_t count, double sx, double sy,
+                              double sz);
+
+/* 1 strictly inside, 2 on a border line (one coordinate equal to a bound,
+ * whatever the other), 0 outside.  Note the argument order: y_max first. */
+VEXO_API uint32_t vexo_geom_point_in_rect(const GeomPoint *point, double y_max,
+                                          double x_min, double y_min, double x_max);
+/* 1 inside, 0 outside (crossing number, polygon closed implicitly); fewer
+ * than 3 vertices give 0. */
+VEXO_API uint32_t vexo_geom_point_in_polygon(const GeomPoint *point,
+                                             const GeomPoint *polygon, int32_t count);
+/* Height of point on the plane of triangle[3] into *z: VEXO_OK or
+ * VEXO_ERROR_NUMERIC.  A triangle degenerate in XY gives inf/NaN with
+ * VEXO_OK. */
+VEXO_API uint32_t vexo_geom_point_height(const GeomPoint *point,
+                                         const GeomPoint *triangle, double *z);
+
+/* ===========================================================================
+ * line: measurement, crossings, clipping to a rectangle
+ * ========================================================================= */
+
+/* Distance a-b (3D, or 2D when only2d). */
+VEXO_API double vexo_line_get_length(const GeomPoint *a, const GeomPoint *b, bool only2d);
+/* ceil((|a-b| + extra) / spacing), the length counting as 0 when a or b is
+ * NULL.  spacing must be positive. */
+VEXO_API uint32_t vexo_line_get_dot_num(const GeomPoint *a, const GeomPoint *b,
+                                        double spacing, double extra);
+/* Write the dot at spacing*index + offset along a->b into *out (flags 0);
+ * true when it lies within the segment's bounding box. */
+VEXO_API bool vexo_line_get_dot(const GeomPoint *a, const GeomPoint *b, double spacing,
+                                int32_t index, GeomPoint *out, double offset);
+/* out[2] = b - a with components below 1e-7 snapped to 0. */
+VEXO_API void vexo_line_to_vector2d(const GeomPoint *a, const GeomPoint *b, double *out);
+/* out[3] = b - a, unsnapped. */
+VEXO_API void vexo_line_to_vector3d(const GeomPoint *a, const GeomPoint *b, double *out);
+/* Remove every point flagged VEXO_POINT_PROCESSED, keeping order; *count
+ * receives the number kept.  Returns points (not reallocated). */
+VEXO_API GeomPoint *vexo_line_rem_unused_vertices(GeomPoint *points, uint32_t *count);
+
+/* Crossing codes of vexo_line_get_crossing. */
+#define VEXO_CROSSING_FOUND 1u      /* inside the bounded operands */
+#define VEXO_CROSSING_OUTSIDE 2u    /* lines cross outside a bounded operand */
+#define VEXO_CROSSING_PARALLEL 3u   /* no crossing */
+#define VEXO_CROSSING_COINCIDENT 4u /* the same line */
+
+/* Crossing of line a0-a1 and line b0-b1 in XY into *out (z interpolated
+ * along a); an operand marked unbounded is treated as an infinite line.
+ * Slopes are compared on a 4-decimal grid.  Returns a VEXO_CROSSING_ code. */
+VEXO_API uint32_t vexo_line_get_crossing(const GeomPoint *a0, const GeomPoint *a1,
+                                         bool a_unbounded, const GeomPoint *b0,
+                                         const GeomPoint *b1, bool b_unbounded,
+                                         GeomPoint *out);
+/* The part of segment a-b inside rect = {left, top, -, right, bottom, -}
+ * (bounds inclusive): a new 2-point array running a->b with flags 1 on the
+ * second point (free with vexo_geom_release), or NULL when the segment lies
+ * outside or memory runs out. */
+VEXO_API GeomPoint *vexo_line_get_inner_part(const GeomPoint *a, const GeomPoint *b,
+                                             const double *rect);
+
+/* ===========================================================================
+ * gfx: colour pipeline
+ * ========================================================================= */
+
+/* Gamma (-100..100, the FIRST call's value stays in force for the process),
+ * contrast (percent), brightness and per-channel offsets (8-bit levels)
+ * applied to width*height 3-byte pixels from src into dst (may be the same
+ * buffer).  Returns VEXO_OK (VEXO_ERROR_INVALID_PARAMETER for a NULL buffer
+ * with a non-empty image). */
+VEXO_API uint32_t vexo_gfx_process_colours(uint8_t *dst, const uint8_t *src,
+                                           uint32_t width, uint32_t height,
+                                           int32_t brightness, int32_t contrast,
+                                           int32_t gamma, int32_t offset0,
+                                           int32_t offset1, int32_t offset2);
+
+/* ===========================================================================
+ * bezier / spline: curves
+ * ========================================================================= */
+
+/* Sample the Bezier curve of `count` control points (x, y, z triples, 1..32)
+ * at `steps` evenly spaced parameters into out[steps] (flags 0); the last
+ * sample is the last control point exactly.  VEXO_OK, or
+ * VEXO_ERROR_INVALID_PARAMETER for count outside 1..32 or a NULL pointer. */
+VEXO_API uint32_t vexo_bezier_get_curve3d(const double *controls, int32_t count,
+                                          GeomPoint *out, uint32_t steps);
+
+/* vexo_spline_get_curve2d: two knots with the same x bracket a point. */
+#define VEXO_SPLINE_EQUAL_KNOTS ((uint32_t)-2)
+
+/* Natural cubic spline through `count` (x, y) knots (x increasing, at least
+ * 2): for each of the m points, y is computed from its x (x, z and flags
+ * untouched); outside the knots the end cubics extrapolate.  VEXO_OK,
+ * VEXO_ERROR_NO_MEMORY, VEXO_SPLINE_EQUAL_KNOTS (that point's y set to 0,
+ * later points untouched) or VEXO_ERROR_INVALID_PARAMETER (NULL, count < 2). */
+VEXO_API uint32_t vexo_spline_get_curve2d(const double *knots, int32_t count,
+                                          GeomPoint *points, int32_t m);
+
+/* ===========================================================================
+ * clip: polygon union, difference and outline (over Clipper)
+ * ========================================================================= */
+
+/* Opaque clip handle: a subject path list and a result path list. */
+typedef struct ClipHandle ClipHandle;
+
+/* Mode bits.  Arrays are cut into paths after each point flagged
+ * VEXO_POINT_END; the array's last point is never converted (it closes the
+ * outline).  Coordinates go to a 0.001 integer grid by truncation. */
+#define VEXO_CLIP_UNION 0x01u       /* vexo_clip_bool */
+#define VEXO_CLIP_DIFFERENCE 0x02u  /* vexo_clip_bool: subject minus operand */
+#define VEXO_CLIP_JOIN_MITER 0x01u  /* vexo_clip_outline */
+#define VEXO_CLIP_JOIN_ROUND 0x02u  /* vexo_clip_outline */
+#define VEXO_CLIP_JOIN_SQUARE 0x04u /* vexo_clip_outline */
+#define VEXO_CLIP_2D 0x10u          /* conversion: z = 0 for every point */
+
+/* New handle whose subject holds `points`; NULL when count is 0, points is
+ * NULL, a coordinate is out of range or memory runs out. */
+VEXO_API ClipHandle *vexo_clip_create(const GeomPoint *points, uint32_t count,
+                                      uint32_t mode);
+/* Destroy a handle; NULL ignored. */
+VEXO_API void vexo_clip_release(ClipHandle *clip);
+/* Union (mode & 1) or difference (mode & 2) of the subject with `points`,
+ * even-odd filling, into the result (neither bit: empty result).  VEXO_OK;
+ * VEXO_ERROR_INVALID_PARAMETER for a NULL handle/points, count 0 or a
+ * coordinate out of range; VEXO_ERROR_NO_MEMORY.  The subject is kept. */
+VEXO_API uint32_t vexo_clip_bool(ClipHandle *clip, const GeomPoint *points,
+                                 uint32_t count, uint32_t mode);
+/* Offset every subject path by `distance` (grows when positive) with the join
+ * chosen by mode (miter limit 2, arc tolerance 0.25) into the result.
+ * VEXO_OK; VEXO_ERROR_INVALID_PARAMETER when no join bit is set or the
+ * handle is NULL; VEXO_ERROR_NO_MEMORY. */
+VEXO_API uint32_t vexo_clip_outline(ClipHandle *clip, uint32_t mode, double distance);
+/* The result paths as a new array, each path closed by a copy of its first
+ * point flagged VEXO_POINT_END; z comes from subject path 0.  NULL with
+ * *count = 0 when the result is empty. */
+VEXO_API GeomPoint *vexo_clip_get_result(const ClipHandle *clip, uint32_t *count);
+/* The subject paths, as vexo_clip_get_result. */
+VEXO_API GeomPoint *vexo_clip_get_subject(const ClipHandle *clip, uint32_t *count);
+/* The result becomes the subject; the result is emptied.  VEXO_OK, or
+ * VEXO_ERROR_INVALID_PARAMETER for a NULL handle or an empty result. */
+VEXO_API uint32_t vexo_clip_set_solution(ClipHandle *clip);
+/* The result is replaced by a copy of the subject.  VEXO_OK, or
+ * VEXO_ERROR_INVALID_PARAMETER for a NULL handle; VEXO_ERROR_NO_MEMORY. */
+VEXO_API uint32_t vexo_clip_copy_subject(ClipHandle *clip);
+/* New handle whose subject is a copy of this handle's result; NULL for a NULL
+ * handle, an empty result or on allocation failure. */
+VEXO_API ClipHandle *vexo_clip_copy_solution(const ClipHandle *clip);
+
+/* ===========================================================================
+ * corr: scanner correction tables
+ * ========================================================================= */
+
+#define VEXO_CORR_SIZE 65u
+#define VEXO_CORR_CELLS 4225u
+#define VEXO_KXO_FILE_SIZE 50712u
+
+/* 65x65 cells, row by row: cell (row r, column c) is cell[r * 65 + c]; the
+ * column runs along X.  x and y are output deflections (-32767.5..32767.5),
+ * z a focus value.  The correction functions never touch `flags`. */
+typedef struct CorrTable {
+    GeomPoint cell[4225];
+} CorrTable;
+
+/* The 12-byte header of the kxo format, kept library-wide after a load. */
+typedef struct CorrHead {
+    uint16_t version;     /* the writer stores 1 */
+    uint16_t header_size; /* the writer stores 12 */
+    uint8_t tag;          /* passed through */
+    uint8_t reserved[3];  /* as read; written as 0 */
+    uint32_t value;       /* passed through */
+} CorrHead;
+
+/* Format numbers of vexo_corr_load_corr65. */
+#define VEXO_CORR_FORMAT_AUTO 0u /* by extension */
+#define VEXO_CORR_FORMAT_UCF 1u
+#define VEXO_CORR_FORMAT_CTB 2u
+#define VEXO_CORR_FORMAT_CT5 3u
+#define VEXO_CORR_FORMAT_GCD 4u
+#define VEXO_CORR_FORMAT_KXO 5u
+#define VEXO_CORR_FORMAT_XML 6u
+#define VEXO_CORR_FORMAT_TXT 7u
+#define VEXO_CORR_FORMAT_CRT 8u
+#define VEXO_CORR_FORMAT_COR 9u
+#define VEXO_CORR_FORMAT_FCR 10u
+#define VEXO_CORR_FORMAT_SCOR 11u
+
+/* Fill table with the identity correction (flags untouched).  VEXO_OK;
+ * VEXO_ERROR_INVALID_PARAMETER for NULL. */
+VEXO_API uint32_t vexo_corr_set_neutral(CorrTable *table);
+
+/* Copy the header of the last load (all zero unless it was a kxo file).
+ * VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for NULL. */
+VEXO_API uint32_t vexo_corr_get_corr_head(CorrHead *head);
+
+/* Load a correction file into table (set neutral first).  format is a
+ * VEXO_CORR_FORMAT_ number, or 0 to recognise the extension by substring
+ * (".scor" before ".cor" before ".crt", ".ucf", ".ctb", ".ct5", ".gcd",
+ * ".kxo", ".xml", ".txt", ".fcr"; lower then upper case).  VEXO_OK, or
+ * 7 invalid data, 11 no memory, 16 NULL argument, 19 cannot open,
+ * 21 short file, 25 missing header, 34 unknown format.  On failure the table
+ * may hold values read so far. */
+VEXO_API uint32_t vexo_corr_load_corr65(CorrTable *table, const char *path,
+                                        uint32_t format);
+
+/* Write table as a 50,712-byte big-endian kxo file with head's tag and value.
+ * VEXO_OK, 16 NULL argument, 19 cannot open, 20 short write. */
+VEXO_API uint32_t vexo_corr_save_kxo(const CorrTable *table, const char *path,
+                                     const CorrHead *head);
+
+/* Write table as a ".ctb" file: Y then X planes of little-endian u16,
+ * column-major, value = x + 32767.5 rounded half away from zero and clamped
+ * to 0..65535.  VEXO_OK, 16, 19, 20. */
+VEXO_API uint32_t vexo_corr_save_ctb(const CorrTable *table, const char *path);
+
+/* Write table as a "JCZ_COR_2_1" ".cor" file (33,840 bytes): label, f64
+ * `scale` (galvo units per mm, 0 when unknown), 65x65 little-endian i32
+ * delta pairs (neutral - cell, x then y) row by row, 4-byte zero trailer.
+ * VEXO_OK, 16, 19, 20. */
+VEXO_API uint32_t vexo_corr_save_cor(const CorrTable *table, const char *path,
+                                     double scale);
+
+/* Fill table from an n x n grid of measured and nominal positions (cell
+ * (a, b) at a*n + b, x and y read) given in a field of size `range`:
+ * pre-distort, normalise to the output range, resample bilinearly.  z and
+ * flags end 0.  VEXO_OK; 16 NULL table or grid; 11 n*n is 0 or too large. */
+VEXO_API uint32_t vexo_corr_interpolate(uint32_t n, const GeomPoint *measured,
+                                        const GeomPoint *nominal, double range,
+                                        CorrTable *table);
+
+/* Shrink (scale < 1) or enlarge the field near the centre while the rim at
+ * radius 32767.5*scale stays put.  VEXO_OK; 16 for NULL or scale 0. */
+VEXO_API uint32_t vexo_corr_set_scale(CorrTable *table, double scale);
+
+/* Recompute z for a flat field under a lens of focal_length over a field of
+ * field_size, rescaled to target_size.  VEXO_OK; 16 for NULL or a
+ * field_size of 0 (table unchanged). */
+VEXO_API uint32_t vexo_corr_set_focal(CorrTable *table, double focal_length,
+                                      double field_size, double target_size);
+
+/* A mark meant for `to` landed at `from` (x, y each, output units): move the
+ * nodes within |to - from| * radius_factor of `to` against the error,
+ * weighted linearly.  mode 3: single nodes in X and Y; bit 0: Y along rows;
+ * bit 1: X along columns.  VEXO_OK; 16 for NULL. */
+VEXO_API uint32_t vexo_corr_adjust_single(CorrTable *table, const double *from,
+                                          const double *to, double radius_factor,
+                                          int32_t mode);
+
+/* Trapezoid correction: scale one side (0: last row in X, 1: first column in
+ * Y, 2: last column in Y, 3: first row in X) by `factor`, the opposite side
+ * by 1, blending linearly.  VEXO_OK; 16 for a side above 3 or NULL. */
+VEXO_API uint32_t vexo_corr_set_spatial(CorrTable *table, uint8_t side, double factor);
+
+/* ===========================================================================
+ * calib: camera calibration
+ * ========================================================================= */
+
+#define IMAGE_FORMAT_RGB24 1u
+#define IMAGE_FORMAT_GREY8 17u
+#define VEXO_IMAGE_KIND 2u
+#define VEXO_IMAGE_HEADER_SIZE 32u
+
+/* A host image: this 32-byte header, then the pixels (rows top to bottom, no
+ * padding; 3 bytes per pixel for RGB24, 1 for GREY8) at byte 32. */
+typedef struct ImageBlock {
+    uint8_t header[8];   /* not interpreted */
+    uint8_t kind;        /* must be VEXO_IMAGE_KIND */
+    uint8_t format;      /* IMAGE_FORMAT_RGB24 or IMAGE_FORMAT_GREY8 */
+    uint8_t reserved[6];
+    int32_t width;       /* BIG-endian */
+    int32_t height;      /* BIG-endian */
+    uint32_t bits;       /* host order */
+    uint32_t data_size;  /* host order */
+} ImageBlock;
+
+#define CALIB_OPTION_TOP_DOWN 0x01u
+
+/* Calibration exchange record (216 bytes).  Every double is stored as an
+ * 8-byte block (IEEE 754 binary64, big-endian; see vexo_util_dbl_to_block). */
+typedef struct CalibrationRecord {
+    uint8_t camera[9][8];      /* 0: 3x3 camera matrix, row by row */
+    uint8_t distortion[4][8];  /* 72: k1, k2, p1, p2 */
+    int32_t width;             /* 104: host order */
+    int32_t height;            /* 108: host order */
+    uint8_t reserved0[3][8];   /* 112: written as 0.0 */
+    uint8_t perspective[9][8]; /* 136: 3x3 row by row; all 0.0 = none */
+    uint8_t reserved1[5];      /* 208 */
+    uint8_t options;           /* 213: CALIB_OPTION_TOP_DOWN */
+    uint8_t padding[2];
+} CalibrationRecord;
+
+/* Opaque calibrator handle. */
+typedef struct Calibrator Calibrator;
+
+/* A double as its 8-byte transport block, and back. */
+VEXO_API void vexo_util_dbl_to_block(double value, uint8_t *out);
+VEXO_API double vexo_util_block_to_dbl(const uint8_t *in);
+
+/* New calibrator from a record (size clamped to 80..8192 x 60..8192); NULL
+ * for a NULL record or on allocation failure. */
+VEXO_API Calibrator *vexo_calib_create_calibrator(const CalibrationRecord *record);
+/* Rectify one frame in place: grey, warped by the record's perspective,
+ * flipped vertically unless CALIB_OPTION_TOP_DOWN; the block's format
+ * becomes GREY8.  A frame smaller than the calibrator lowers the calibrator
+ * size for good.  VEXO_OK; 9 NULL calibrator; 11 bad or NULL image. */
+VEXO_API int32_t vexo_calib_start_calibrator(Calibrator *cal, ImageBlock *image);
+/* Destroy a calibrator; NULL ignored. */
+VEXO_API void vexo_calib_release_calibrator(Calibrator *cal);
+
+/* Calibrate from one image of a chessboard with columns x rows inner
+ * corners: fills record (all but bytes 208..215) and returns the corners as
+ * columns*rows (x, y) int32 pairs (free with vexo_calib_release_correction),
+ * or NULL.  *found receives the number of corners found. */
+VEXO_API int32_t *vexo_calib_gen_correction(const ImageBlock *image, int32_t columns,
+                                            int32_t rows, CalibrationRecord *record,
+                                            int32_t *found);
+/* Free a corner list; NULL ignored. */
+VEXO_API void vexo_calib_release_correction(int32_t *corners);
+
+/* ===========================================================================
+ * prcg: pattern recognition
+ * ========================================================================= */
+
+/* A taught keypoint (28 bytes); x, y, size, angle, response are x1000. */
+typedef struct PatternKeypoint {
+    int32_t x;
+    int32_t y;
+    int32_t size;
+    int32_t angle;
+    int32_t response;
+    int32_t octave;
+    int32_t class_id;
+} PatternKeypoint;
+
+/* Recogniser option word. */
+#define RECOGNISER_SIFT 0x0100u
+#define RECOGNISER_SURF 0x0200u
+#define RECOGNISER_ORB 0x0400u
+#define RECOGNISER_DETECTOR_MASK 0x0F00u
+#define RECOGNISER_FLANN 0x0001u
+#define RECOGNISER_MATCHER_MASK 0x000Fu
+#define RECOGNISER_POSITION 0x0010u
+#define RECOGNISER_ROTATION 0x0020u
+
+/* Statuses of vexo_prcg_start_recogniser beyond the common ones. */
+#define VEXO_ERROR_NO_RATIO_MATCH 0x10000009u /* no match passed the ratio test */
+#define VEXO_ERROR_NO_POINT_PAIRS 0x20000009u /* no point pairs */
+
+/* Filled by vexo_prcg_start_recogniser. */
+typedef struct RecognitionResult {
+    float x;        /* pattern origin in the frame, pixels */
+    float y;
+    float rotation; /* degrees */
+    int32_t status; /* VEXO_OK, 9, 11, 16, VEXO_ERROR_NO_RATIO_MATCH, ..._POINT_PAIRS */
+} RecognitionResult;
+
+/* Opaque recogniser handle. */
+typedef struct Recogniser Recogniser;
+
+/* Teach: detect keypoints inside rectangle (left, top)-(right, bottom) with
+ * the detectors *options allows, keep the detector with the most keypoints
+ * wholly inside, rewrite *options to name it, and return those keypoints
+ * (*count of them; free with vexo_prcg_release_keypoints), or NULL (*count
+ * -1 on a bad image or allocation failure). */
+VEXO_API PatternKeypoint *vexo_prcg_gen_keypoints(const ImageBlock *image, int32_t *count,
+                                                  uint32_t *options, int32_t left,
+                                                  int32_t top, int32_t right,
+                                                  int32_t bottom);
+/* count zeroed keypoints, or NULL. */
+VEXO_API PatternKeypoint *vexo_prcg_alloc_keypoints(uint32_t count);
+/* Free a keypoint array; NULL ignored. */
+VEXO_API void vexo_prcg_release_keypoints(PatternKeypoint *keypoints);
+
+/* New recogniser for `count` (>= 3) keypoints taught on `reference`; the
+ * origin is subtracted from reported positions.  NULL on failure. */
+VEXO_API Recogniser *vexo_prcg_create_recogniser(const PatternKeypoint *keypoints,
+                                                 int32_t count, uint32_t options,
+                                                 const ImageBlock *reference,
+                                                 int32_t origin_x, int32_t origin_y);
+/* Find the pattern in `frame`; the outcome is result->status. */
+VEXO_API void vexo_prcg_start_recogniser(Recogniser *rec, const ImageBlock *frame,
+                                         RecognitionResult *result);
+/* Destroy a recogniser; NULL ignored. */
+VEXO_API void vexo_prcg_release_recogniser(Recogniser *rec);
+
+/* ===========================================================================
+ * util: runtime data and entity predicates
+ * ========================================================================= */
+
+/* Store `size` bytes under (name, MD5 of key) in the user's data folder
+ * (".vexo_rtdata").  VEXO_OK; 16 NULL name or data; 18 cannot open;
+ * 20 short write. */
+VEXO_API uint32_t vexo_util_save_runtime_data(const char *name, const uint8_t *key,
+                                              uint32_t key_length, const uint8_t *data,
+                                              uint32_t size);
+/* Read `size` bytes stored under (name, key) into buffer.  VEXO_OK; 16 NULL
+ * name or buffer; 18 no such file; 21 file shorter than size. */
+VEXO_API uint32_t vexo_util_load_runtime_data(const char *name, const uint8_t *key,
+                                              uint32_t key_length, uint8_t *buffer,
+                                              uint32_t size);
+/* true for the group entity types 4, 8, 9, 10, 11, 16, 17. */
+VEXO_API bool vexo_util_entity_is_group_type(int32_t type);
+/* true for the image entity types 6, 7, 12, 13. */
+VEXO_API bool vexo_util_entity_is_image_type(uint32_t type);
+
+#ifdef __cplusplus
+} /* extern "C" */
+
+/* C++ convenience: pass a plain double[16] for a matrix, or a GeomPoint[4225]
+ * for a correction table, without a cast. */
+inline GeomMatrix *vexo_as_matrix(double *m) { return reinterpret_cast<GeomMatrix *>(m); }
+inline const GeomMatrix *vexo_as_matrix(const double *m) {
+    return reinterpret_cast<const GeomMatrix *>(m);
+}
+inline CorrTable *vexo_as_table(GeomPoint *t) { return reinterpret_cast<CorrTable *>(t); }
+inline const CorrTable *vexo_as_table(const GeomPoint *t) {
+    return reinterpret_cast<const CorrTable *>(t);
+}
+
+inline void vexo_matrix_unify(double *m) { vexo_matrix_unify(vexo_as_matrix(m)); }
+inline bool vexo_matrix_equal(const double *a, const double *b) {
+    return vexo_matrix_equal(vexo_as_matrix(a), vexo_as_matrix(b));
+}
+inline void vexo_matrix_convert_tof(const double *m, float *out) {
+    vexo_matrix_convert_tof(vexo_as_matrix(m), out);
+}
+inline void vexo_matrix_multiply_point(const double *m, const GeomPoint *p, GeomPoint *out) {
+    vexo_matrix_multiply_point(vexo_as_matrix(m), p, out);
+}
+inline void vexo_matrix_multiply_2Dcoord(const double *m, double x, double y, double *ox,
+                                         double *oy) {
+    vexo_matrix_multiply_2Dcoord(vexo_as_matrix(m), x, y, ox, oy);
+}
+inline void vexo_matrix_multiply_matrix(const double *a, double *b) {
+    vexo_matrix_multiply_matrix(vexo_as_matrix(a), vexo_as_matrix(b));
+}
+inline void vexo_matrix_invert(double *m) { vexo_matrix_invert(vexo_as_matrix(m)); }
+inline void vexo_matrix_translate(double *m, double dx, double dy, double dz) {
+    vexo_matrix_translate(vexo_as_matrix(m), dx, dy, dz);
+}
+inline void vexo_matrix_scale(double *m, double sx, double sy, double sz) {
+    vexo_matrix_scale(vexo_as_matrix(m), sx, sy, sz);
+}
+inline void vexo_matrix_slant(double *m, double a1, double a2, double a3, double a4,
+                              double a5, double a6) {
+    vexo_matrix_slant(vexo_as_matrix(m), a1, a2, a3, a4, a5, a6);
+}
+inline void vexo_matrix_rotate(double *m, const double *centre, double ax, double ay,
+                               double az) {
+    vexo_matrix_rotate(vexo_as_matrix(m), centre, ax, ay, az);
+}
+inline uint32_t vexo_matrix_rotate_vector3d(double *m, const double *axis, double angle) {
+    return vexo_matrix_rotate_vector3d(vexo_as_matrix(m), axis, angle);
+}
+inline void vexo_matrix_frustum(double *m, double l, double r, double b, double t,
+                                double n, double f) {
+    vexo_matrix_frustum(vexo_as_matrix(m), l, r, b, t, n, f);
+}
+inline void vexo_matrix_get_translation(const double *m, double *x, double *y, double *z) {
+    vexo_matrix_get_translation(vexo_as_matrix(m), x, y, z);
+}
+inline void vexo_matrix_get_scaling(const double *m, double *x, double *y, double *z) {
+    vexo_matrix_get_scaling(vexo_as_matrix(m), x, y, z);
+}
+inline void vexo_matrix_get_rotation(const double *m, double *x, double *y, double *z) {
+    vexo_matrix_get_rotation(vexo_as_matrix(m), x, y, z);
+}
+
+inline uint32_t vexo_corr_set_neutral(GeomPoint *t) {
+    return vexo_corr_set_neutral(vexo_as_table(t));
+}
+inline uint32_t vexo_corr_load_corr65(GeomPoint *t, const char *path, uint32_t format) {
+    return vexo_corr_load_corr65(vexo_as_table(t), path, format);
+}
+inline uint32_t vexo_corr_save_kxo(const GeomPoint *t, const char *path,
+                                   const CorrHead *head) {
+    return vexo_corr_save_kxo(vexo_as_table(t), path, head);
+}
+inline uint32_t vexo_corr_save_ctb(const GeomPoint *t, const char *path) {
+    return vexo_corr_save_ctb(vexo_as_table(t), path);
+}
+inline uint32_t vexo_corr_save_cor(const GeomPoint *t, const char *path, double scale) {
+    return vexo_corr_save_cor(vexo_as_table(t), path, scale);
+}
+inline uint32_t vexo_corr_interpolate(uint32_t n, const GeomPoint *measured,
+                                      const GeomPoint *nominal, double range,
+                                      GeomPoint *t) {
+    return vexo_corr_interpolate(n, measured, nominal, range, vexo_as_table(t));
+}
+inline uint32_t vexo_corr_set_scale(GeomPoint *t, double scale) {
+    return vexo_corr_set_scale(vexo_as_table(t), scale);
+}
+inline uint32_t vexo_corr_set_focal(GeomPoint *t, double focal, double field,
+                                    double target) {
+    return vexo_corr_set_focal(vexo_as_table(t), focal, field, target);
+}
+inline uint32_t vexo_corr_adjust_single(GeomPoint *t, const double *from, const double *to,
+                                        double radius_factor, int32_t mode) {
+    return vexo_corr_adjust_single(vexo_as_table(t), from, to, radius_factor, mode);
+}
+inline uint32_t vexo_corr_set_spatial(GeomPoint *t, uint8_t side, double factor) {
+    return vexo_corr_set_spatial(vexo_as_table(t), side, factor);
+}
+#endif /* __cplusplus */
+
+#endif /* VEXO_H */

@@ -1,0 +1,21 @@
+// Numeric constants shared across families.
+#pragma once
+
+namespace vexo {
+
+// pi and 2pi as the doubles nearest the single-precision values.  Hosts'
+// existing results were made with these, so they are part of every angle
+// conversion; the full-precision M_PI would change the last bits.
+constexpr double kPiF = 3.1415927410125732;
+constexpr double kTwoPiF = 6.2831854820251465;
+
+// Below this a vector component or length counts as zero.
+constexpr double kZeroTolerance = 1e-7;
+
+// Degrees to radians as the library has always converted them.
+inline double degrees_to_radians(double degrees) { return degrees / 360.0 * kTwoPiF; }
+
+// Radians to degrees with the single-precision pi.
+inline double radians_to_degrees(double radians) { return radians * 0.5 / kPiF * 360.0; }
+
+} // namespace vexo
