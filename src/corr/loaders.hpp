@@ -1,0 +1,35 @@
+// In-memory parsers of the correction file formats.  Each takes the whole
+// file as bytes and fills a table that the caller has already set neutral;
+// opening and reading the file is one shared wrapper (load_file.cpp), so
+// fuzzers and tests reach every parser directly.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "vexo.h"
+
+namespace vexo {
+
+struct ByteSpan {
+    const uint8_t *data;
+    size_t size;
+};
+
+// Binary formats.
+uint32_t parse_ucf(ByteSpan file, CorrTable &table);
+uint32_t parse_ctb(ByteSpan file, CorrTable &table);
+uint32_t parse_ct5(ByteSpan file, CorrTable &table);
+uint32_t parse_gcd(ByteSpan file, CorrTable &table);
+// Fills `head` from the first bytes even when the file is then too short.
+uint32_t parse_kxo(ByteSpan file, CorrTable &table, CorrHead &head);
+uint32_t parse_crt(ByteSpan file, CorrTable &table);
+uint32_t parse_cor(ByteSpan file, CorrTable &table);
+uint32_t parse_fcr(ByteSpan file, CorrTable &table);
+
+// Text formats.
+uint32_t parse_xml(ByteSpan file, CorrTable &table);
+uint32_t parse_txt(ByteSpan file, CorrTable &table);
+uint32_t parse_scor(ByteSpan file, CorrTable &table);
+
+} // namespace vexo
