@@ -16,6 +16,12 @@ endif()
 
 add_compile_options(-ffp-contract=off -fno-fast-math)
 
+# Fuzz builds instrument the library for coverage; the fuzz targets link
+# libFuzzer's main themselves.
+if(VEXO_BUILD_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 function(vexo_library_flags target)
   target_compile_options(${target} PRIVATE ${VEXO_WARNINGS})
 endfunction()

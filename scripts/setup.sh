@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# Installs the Debian packages libvexo needs to build, test, benchmark and
+# fuzz, only those that are missing.  Works as root or through sudo.
+set -euo pipefail
+
+packages=(g++ make cmake pkg-config libopencv-dev libpolyclipping-dev libgtest-dev
+          libgmock-dev libbenchmark-dev clang libclang-rt-14-dev)
+
+missing=()
+for p in "${packages[@]}"; do
+    if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+        missing+=("$p")
+    fi
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+    as_root=(sudo)
+fi
+echo "setup: installing ${missing[*]}"
+"${as_root[@]}" apt-get update -qq
+DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq --no-install-recommends \
+    "${missing[@]}" >/dev/null
