@@ -1,0 +1,23 @@
+// Choosing a correction format by number or by file name, and running the
+// whole load (header reset, neutral start, read, parse, header publish).
+#pragma once
+
+#include <cstdint>
+
+#include "corr/loaders.hpp"
+
+namespace vexo {
+
+// The format number whose extension the name contains, 0 for none.
+// Extensions are found anywhere in the name (a folder called "x.cor" counts)
+// in a fixed order, each in lower then upper case; mixed case never matches.
+uint32_t format_from_path(const char *path) noexcept;
+
+// Runs format's parser over the bytes; `head` is filled by the kxo parser
+// only.  VEXO_ERROR_UNKNOWN_FORMAT for a number outside 1..11.
+uint32_t parse_corr_bytes(uint32_t format, ByteSpan file, CorrTable &table, CorrHead &head);
+
+// The complete load behind vexo_corr_load_corr65 (arguments already checked).
+uint32_t load_corr_file(CorrTable &table, const char *path, uint32_t format);
+
+} // namespace vexo

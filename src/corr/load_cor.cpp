@@ -1,0 +1,67 @@
+// ".cor": deltas subtracted from the neutral grid, row by row, x then y.
+// Three layouts share the extension:
+//   "JCZ_COR_3"    f64 scale factors sx, sy at 40 and 48, f64 pairs from 56;
+//   "JCZ_COR_2_1"  (EZCAD-class software) i32 pairs from 36, taken as they
+//                  are (the f64 at 28 is the galvo scale, not a factor);
+//   anything else  unscaled f64 pairs from offset 519 (older files).
+#include <cstring>
+
+#include "core/byteorder.hpp"
+#include "corr/loaders.hpp"
+#include "corr/table.hpp"
+#include "corr/writers.hpp"
+
+namespace vexo {
+namespace {
+
+bool starts_with(ByteSpan file, const char *label) {
+    const size_t n = std::strlen(label);
+    return file.size >= n && std::memcmp(file.data, label, n) == 0;
+}
+
+// Number of whole records of `record_bytes` from `offset`, at most 4225.
+int available_cells(ByteSpan file, size_t offset, size_t record_bytes) {
+    const size_t complete = file.size > offset ? (file.size - offset) / record_bytes : 0;
+    return complete < size_t{kCorrCells} ? static_cast<int>(complete) : kCorrCells;
+}
+
+uint32_t subtract_f64_pairs(ByteSpan file, size_t offset, double sx, double sy,
+                            CorrTable &table) {
+    const int cells = available_cells(file, offset, 16);
+    for (int k = 0; k < cells; ++k) {
+        const uint8_t *p = file.data + offset + 16 * static_cast<size_t>(k);
+        table.cell[k].x -= load_le_f64(p) * sx;
+        table.cell[k].y -= load_le_f64(p + 8) * sy;
+    }
+    return cells == kCorrCells ? VEXO_OK : VEXO_ERROR_READ_FILE;
+}
+
+uint32_t subtract_i32_pairs(ByteSpan file, size_t offset, CorrTable &table) {
+    const int cells = available_cells(file, offset, 8);
+    for (int k = 0; k < cells; ++k) {
+        const uint8_t *p = file.data + offset + 8 * static_cast<size_t>(k);
+        table.cell[k].x -= load_le_i32(p);
+        table.cell[k].y -= load_le_i32(p + 4);
+    }
+    return cells == kCorrCells ? VEXO_OK : VEXO_ERROR_READ_FILE;
+}
+
+} // namespace
+
+uint32_t parse_cor(ByteSpan file, CorrTable &table) {
+    constexpr size_t kScaledFactorsOffset = 40;
+    constexpr size_t kScaledDataOffset = 56;
+    constexpr size_t kPlainDataOffset = 519;
+    if (starts_with(file, "JCZ_COR_3")) {
+        if (file.size < kScaledDataOffset)
+            return VEXO_ERROR_READ_FILE;
+        const double sx = load_le_f64(file.data + kScaledFactorsOffset);
+        const double sy = load_le_f64(file.data + kScaledFactorsOffset + 8);
+        return subtract_f64_pairs(file, kScaledDataOffset, sx, sy, table);
+    }
+    if (starts_with(file, kCor21Label))
+        return subtract_i32_pairs(file, kCor21DataOffset, table);
+    return subtract_f64_pairs(file, kPlainDataOffset, 1.0, 1.0, table);
+}
+
+} // namespace vexo
