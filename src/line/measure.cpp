@@ -1,0 +1,65 @@
+#include "line/measure.hpp"
+
+#include <cmath>
+
+#include "core/constants.hpp"
+#include "line/truncation.hpp"
+
+namespace vexo {
+
+namespace {
+
+bool between(double v, double end0, double end1) {
+    return (end0 <= v && v <= end1) || (end1 <= v && v <= end0);
+}
+
+double snap_to_zero(double v) { return std::fabs(v) < kZeroTolerance ? 0.0 : v; }
+
+} // namespace
+
+double segment_length(const GeomPoint &a, const GeomPoint &b, bool only2d) {
+    return only2d ? point_distance<false>(a, b) : point_distance<true>(a, b);
+}
+
+uint32_t dot_count(double length, double spacing, double extra) {
+    const int64_t dots = truncate_to_int64(std::ceil((length + extra) / spacing));
+    return static_cast<uint32_t>(static_cast<uint64_t>(dots));
+}
+
+bool place_dot(const GeomPoint &a, const GeomPoint &b, double spacing, int32_t index,
+               double offset, GeomPoint *out) {
+    double dx = b.x - a.x;
+    double dy = b.y - a.y;
+    double dz = b.z - a.z;
+    const double len = std::sqrt(dx * dx + dy * dy + dz * dz);
+    // Coincident ends leave a zero direction: every dot lands on a.
+    if (std::fabs(len) > kZeroTolerance) {
+        dx /= len;
+        dy /= len;
+        dz /= len;
+    }
+    const double steps = static_cast<double>(index);
+    const double x = a.x + dx * spacing * steps + dx * offset;
+    const double y = a.y + dy * spacing * steps + dy * offset;
+    const double z = a.z + dz * spacing * steps + dz * offset;
+    // Decided before writing, so out may be a or b itself.
+    const bool inside = between(x, a.x, b.x) && between(y, a.y, b.y) && between(z, a.z, b.z);
+    out->x = x;
+    out->y = y;
+    out->z = z;
+    out->flags = 0;
+    return inside;
+}
+
+void difference_2d(const GeomPoint &a, const GeomPoint &b, double out[2]) {
+    out[0] = snap_to_zero(b.x - a.x);
+    out[1] = snap_to_zero(b.y - a.y);
+}
+
+void difference_3d(const GeomPoint &a, const GeomPoint &b, double out[3]) {
+    out[0] = b.x - a.x;
+    out[1] = b.y - a.y;
+    out[2] = b.z - a.z;
+}
+
+} // namespace vexo

@@ -1,0 +1,43 @@
+// Single-segment measurement: length, dot spacing along a segment and the
+// difference vector of its end points.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+
+#include "vexo.h"
+
+namespace vexo {
+
+// |a - b| with the z term chosen at compile time, for the hot loops of the
+// point-list passes.  Differences are taken a - b.
+template <bool WithZ>
+inline double point_distance(const GeomPoint &a, const GeomPoint &b) {
+    const double dx = a.x - b.x;
+    const double dy = a.y - b.y;
+    if constexpr (WithZ) {
+        const double dz = a.z - b.z;
+        return std::sqrt(dx * dx + dy * dy + dz * dz);
+    } else {
+        return std::sqrt(dx * dx + dy * dy);
+    }
+}
+
+// |a - b| over x, y and z, or over x and y when only2d.
+double segment_length(const GeomPoint &a, const GeomPoint &b, bool only2d);
+
+// ceil((length + extra) / spacing) as the low 32 bits of a 64-bit integer.
+uint32_t dot_count(double length, double spacing, double extra);
+
+// The dot spacing * index + offset along a->b; true when it lies inside the
+// segment's bounding box (bounds inclusive).
+bool place_dot(const GeomPoint &a, const GeomPoint &b, double spacing, int32_t index,
+               double offset, GeomPoint *out);
+
+// b - a in x and y, components below the zero tolerance snapped to 0.
+void difference_2d(const GeomPoint &a, const GeomPoint &b, double out[2]);
+
+// b - a in x, y and z, unsnapped.
+void difference_3d(const GeomPoint &a, const GeomPoint &b, double out[3]);
+
+} // namespace vexo
