@@ -379,22 +379,25 @@ VEXO_API uint32_t vexo_geom_point_height(const GeomPoint *point,
  * line: measurement, crossings, clipping to a rectangle
  * ========================================================================= */
 
-/* Distance a-b (3D, or 2D when only2d). */
+/* Distance a-b (3D, or 2D when only2d); 0.0 when a or b is NULL. */
 VEXO_API double vexo_line_get_length(const GeomPoint *a, const GeomPoint *b, bool only2d);
 /* ceil((|a-b| + extra) / spacing), the length counting as 0 when a or b is
  * NULL.  spacing must be positive. */
 VEXO_API uint32_t vexo_line_get_dot_num(const GeomPoint *a, const GeomPoint *b,
                                         double spacing, double extra);
 /* Write the dot at spacing*index + offset along a->b into *out (flags 0);
- * true when it lies within the segment's bounding box. */
+ * true when it lies within the segment's bounding box.  Coincident a and b
+ * put every dot on a.  A NULL pointer gives false and writes nothing. */
 VEXO_API bool vexo_line_get_dot(const GeomPoint *a, const GeomPoint *b, double spacing,
                                 int32_t index, GeomPoint *out, double offset);
-/* out[2] = b - a with components below 1e-7 snapped to 0. */
+/* out[2] = b - a with components below 1e-7 snapped to 0.  Any NULL
+ * pointer: nothing is written (likewise for the 3D variant). */
 VEXO_API void vexo_line_to_vector2d(const GeomPoint *a, const GeomPoint *b, double *out);
 /* out[3] = b - a, unsnapped. */
 VEXO_API void vexo_line_to_vector3d(const GeomPoint *a, const GeomPoint *b, double *out);
 /* Remove every point flagged VEXO_POINT_PROCESSED, keeping order; *count
- * receives the number kept.  Returns points (not reallocated). */
+ * receives the number kept.  Returns points (not reallocated).  NULL count:
+ * nothing happens; NULL points with *count > 0: NULL, *count untouched. */
 VEXO_API GeomPoint *vexo_line_rem_unused_vertices(GeomPoint *points, uint32_t *count);
 
 /* Crossing codes of vexo_line_get_crossing. */
@@ -402,10 +405,15 @@ VEXO_API GeomPoint *vexo_line_rem_unused_vertices(GeomPoint *points, uint32_t *c
 #define VEXO_CROSSING_OUTSIDE 2u    /* lines cross outside a bounded operand */
 #define VEXO_CROSSING_PARALLEL 3u   /* no crossing */
 #define VEXO_CROSSING_COINCIDENT 4u /* the same line */
+#define VEXO_CROSSING_MISSING_ARGUMENT 0u /* a point pointer was NULL */
 
 /* Crossing of line a0-a1 and line b0-b1 in XY into *out (z interpolated
  * along a); an operand marked unbounded is treated as an infinite line.
- * Slopes are compared on a 4-decimal grid.  Returns a VEXO_CROSSING_ code. */
+ * Slopes, offsets and segment bounds are compared rounded half away from
+ * zero to 4 decimals.  out->flags is 0x40 only when all four points carry
+ * it.  Codes 3 and 4 leave out's coordinates alone; code 2 leaves the
+ * crossing of the unbounded lines with z 0.  out may alias an input.
+ * Returns a VEXO_CROSSING_ code (0 when any pointer is NULL). */
 VEXO_API uint32_t vexo_line_get_crossing(const GeomPoint *a0, const GeomPoint *a1,
                                          bool a_unbounded, const GeomPoint *b0,
                                          const GeomPoint *b1, bool b_unbounded,
@@ -413,7 +421,9 @@ VEXO_API uint32_t vexo_line_get_crossing(const GeomPoint *a0, const GeomPoint *a
 /* The part of segment a-b inside rect = {left, top, -, right, bottom, -}
  * (bounds inclusive): a new 2-point array running a->b with flags 1 on the
  * second point (free with vexo_geom_release), or NULL when the segment lies
- * outside or memory runs out. */
+ * outside, memory runs out or a pointer is NULL.  A segment wholly inside
+ * comes back as copies of a and b with their own flags; edge crossings get
+ * flags 0 and z interpolated along a-b. */
 VEXO_API GeomPoint *vexo_line_get_inner_part(const GeomPoint *a, const GeomPoint *b,
                                              const double *rect);
 
