@@ -1,0 +1,138 @@
+// Colour pipeline core: the gamma table, the per-byte formula and the
+// table-driven pixel loop.
+#include "line/colour.hpp"
+
+#include <math.h>
+
+#include <cstring>
+#include <mutex>
+
+namespace vexo {
+
+float gamma_exponent(int32_t gamma) {
+    // The percentage is divided in double and rounded to f32 before the
+    // rest is done in double; hosts' colour settings were tuned on exactly
+    // these values.
+    if (gamma < 0) {
+        const float fraction = static_cast<float>(-static_cast<double>(gamma) / 100.0);
+        return static_cast<float>(1.0 - static_cast<double>(fraction) * 0.8);
+    }
+    const float fraction = static_cast<float>(static_cast<double>(gamma) / 100.0);
+    return static_cast<float>(static_cast<double>(fraction) * 4.0 + 1.0);
+}
+
+void build_gamma_table(float g, GammaTable &table) {
+    for (int k = 0; k < 256; ++k) {
+        // Entry k is taken at (k + 1)/256: entry 255 is exactly 1 and entry
+        // 0 is not 0.  Kept: existing images were corrected with this curve.
+        const float base = static_cast<float>(k + 1) * 0.00390625f;
+        float level = ::powf(base, g) * 65535.0f + 0.5f;
+        if (!(level > 0.0f))
+            level = 0.0f;
+        if (level > 65535.0f)
+            level = 65535.0f;
+        // The curve is held as 16-bit levels; the +0.5 above rounds to them.
+        const auto quantised = static_cast<uint16_t>(level);
+        table[k] = static_cast<float>(quantised) / 65535.0f;
+    }
+}
+
+namespace {
+GammaTable g_gamma_table;
+std::once_flag g_gamma_once;
+} // namespace
+
+const GammaTable &shared_gamma_table(int32_t gamma) {
+    std::call_once(g_gamma_once,
+                   [gamma] { build_gamma_table(gamma_exponent(gamma), g_gamma_table); });
+    return g_gamma_table;
+}
+
+float contrast_factor(int32_t contrast) {
+    // Widened so that contrast near INT32_MAX does not overflow.
+    const float c = static_cast<float>(static_cast<int64_t>(contrast) + 100) / 100.0f;
+    return c * c;
+}
+
+uint8_t colour_level(float gamma_value, float contrast_factor, int32_t brightness,
+                     int32_t offset) {
+    float r = ((gamma_value - 0.5f) * contrast_factor + 0.5f) * 255.0f;
+    r = r + static_cast<float>(brightness);
+    r = r + static_cast<float>(offset);
+    if (!(r > 0.0f))
+        return 0;
+    if (r > 255.0f)
+        return 255;
+    return static_cast<uint8_t>(r);
+}
+
+void build_channel_tables(const GammaTable &gamma, const ColourLevels &levels,
+                          ChannelTables &tables) {
+    const float factor = contrast_factor(levels.contrast);
+    for (int ch = 0; ch < kColourChannels; ++ch)
+        for (int v = 0; v < 256; ++v)
+            tables[ch][v] = colour_level(gamma[v], factor, levels.brightness, levels.offsets[ch]);
+}
+
+namespace {
+
+// Eight pixels are 24 bytes, three 64-bit words whose byte i always has
+// channel i % 3.  Loading whole words before storing keeps dst == src safe
+// and lets the loop do one store per eight bytes instead of one per byte.
+constexpr size_t kBlockPixels = 8;
+constexpr size_t kBlockBytes = kBlockPixels * kColourChannels;
+
+inline uint64_t map_word(uint64_t in, const ChannelTables &t, int first_channel) {
+    uint64_t out = 0;
+    for (int b = 0; b < 8; ++b) {
+        const int ch = (first_channel + b) % kColourChannels;
+        const uint64_t byte = t[ch][(in >> (8 * b)) & 0xFF];
+        out |= byte << (8 * b);
+    }
+    return out;
+}
+
+inline uint64_t load_word(const uint8_t *p) {
+    uint64_t w;
+    std::memcpy(&w, p, sizeof w);
+    return w;
+}
+
+inline void store_word(uint8_t *p, uint64_t w) { std::memcpy(p, &w, sizeof w); }
+
+bool little_endian_host() {
+    const uint16_t probe = 1;
+    uint8_t first;
+    std::memcpy(&first, &probe, 1);
+    return first == 1;
+}
+
+void map_bytes(uint8_t *dst, const uint8_t *src, size_t bytes, const ChannelTables &t) {
+    for (size_t i = 0; i < bytes; ++i)
+        dst[i] = t[i % kColourChannels][src[i]];
+}
+
+} // namespace
+
+void map_pixels(uint8_t *dst, const uint8_t *src, size_t pixels, const ChannelTables &tables) {
+    size_t done = 0;
+    if (little_endian_host()) {
+        const size_t blocks = pixels / kBlockPixels;
+        for (size_t blk = 0; blk < blocks; ++blk) {
+            const size_t at = blk * kBlockBytes;
+            const uint64_t w0 = load_word(src + at);
+            const uint64_t w1 = load_word(src + at + 8);
+            const uint64_t w2 = load_word(src + at + 16);
+            // Word 0 starts on channel 0, word 1 on channel 2 (byte 8), word
+            // 2 on channel 1 (byte 16).
+            store_word(dst + at, map_word(w0, tables, 0));
+            store_word(dst + at + 8, map_word(w1, tables, 2));
+            store_word(dst + at + 16, map_word(w2, tables, 1));
+        }
+        done = blocks * kBlockPixels;
+    }
+    const size_t at = done * kColourChannels;
+    map_bytes(dst + at, src + at, (pixels - done) * kColourChannels, tables);
+}
+
+} // namespace vexo
