@@ -448,8 +448,9 @@ VEXO_API uint32_t vexo_gfx_process_colours(uint8_t *dst, const uint8_t *src,
 
 /* Sample the Bezier curve of `count` control points (x, y, z triples, 1..32)
  * at `steps` evenly spaced parameters into out[steps] (flags 0); the last
- * sample is the last control point exactly.  VEXO_OK, or
- * VEXO_ERROR_INVALID_PARAMETER for count outside 1..32 or a NULL pointer. */
+ * sample is the last control point exactly.  steps 0 returns VEXO_OK with
+ * nothing written; otherwise VEXO_ERROR_INVALID_PARAMETER for count outside
+ * 1..32 or a NULL pointer (count > 32 is refused even with steps 0). */
 VEXO_API uint32_t vexo_bezier_get_curve3d(const double *controls, int32_t count,
                                           GeomPoint *out, uint32_t steps);
 
@@ -460,7 +461,8 @@ VEXO_API uint32_t vexo_bezier_get_curve3d(const double *controls, int32_t count,
  * 2): for each of the m points, y is computed from its x (x, z and flags
  * untouched); outside the knots the end cubics extrapolate.  VEXO_OK,
  * VEXO_ERROR_NO_MEMORY, VEXO_SPLINE_EQUAL_KNOTS (that point's y set to 0,
- * later points untouched) or VEXO_ERROR_INVALID_PARAMETER (NULL, count < 2). */
+ * later points untouched) or VEXO_ERROR_INVALID_PARAMETER (NULL knots,
+ * count < 2, m < 0, or NULL points with m > 0). */
 VEXO_API uint32_t vexo_spline_get_curve2d(const double *knots, int32_t count,
                                           GeomPoint *points, int32_t m);
 
