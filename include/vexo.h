@@ -776,98 +776,101 @@ VEXO_API bool vexo_util_entity_is_image_type(uint32_t type);
 } /* extern "C" */
 
 /* C++ convenience: pass a plain double[16] for a matrix, or a GeomPoint[4225]
- * for a correction table, without a cast. */
-inline GeomMatrix *vexo_as_matrix(double *m) { return reinterpret_cast<GeomMatrix *>(m); }
-inline const GeomMatrix *vexo_as_matrix(const double *m) {
+ * for a correction table, without a cast.  The overloads take array
+ * references, so NULL and pointers still resolve to the C functions. */
+typedef double VexoMatrixArray[16];
+typedef GeomPoint VexoTableArray[4225];
+inline GeomMatrix *vexo_as_matrix(VexoMatrixArray &m) { return reinterpret_cast<GeomMatrix *>(m); }
+inline const GeomMatrix *vexo_as_matrix(const VexoMatrixArray &m) {
     return reinterpret_cast<const GeomMatrix *>(m);
 }
-inline CorrTable *vexo_as_table(GeomPoint *t) { return reinterpret_cast<CorrTable *>(t); }
-inline const CorrTable *vexo_as_table(const GeomPoint *t) {
+inline CorrTable *vexo_as_table(VexoTableArray &t) { return reinterpret_cast<CorrTable *>(t); }
+inline const CorrTable *vexo_as_table(const VexoTableArray &t) {
     return reinterpret_cast<const CorrTable *>(t);
 }
 
-inline void vexo_matrix_unify(double *m) { vexo_matrix_unify(vexo_as_matrix(m)); }
-inline bool vexo_matrix_equal(const double *a, const double *b) {
+inline void vexo_matrix_unify(VexoMatrixArray &m) { vexo_matrix_unify(vexo_as_matrix(m)); }
+inline bool vexo_matrix_equal(const VexoMatrixArray &a, const VexoMatrixArray &b) {
     return vexo_matrix_equal(vexo_as_matrix(a), vexo_as_matrix(b));
 }
-inline void vexo_matrix_convert_tof(const double *m, float *out) {
+inline void vexo_matrix_convert_tof(const VexoMatrixArray &m, float *out) {
     vexo_matrix_convert_tof(vexo_as_matrix(m), out);
 }
-inline void vexo_matrix_multiply_point(const double *m, const GeomPoint *p, GeomPoint *out) {
+inline void vexo_matrix_multiply_point(const VexoMatrixArray &m, const GeomPoint *p, GeomPoint *out) {
     vexo_matrix_multiply_point(vexo_as_matrix(m), p, out);
 }
-inline void vexo_matrix_multiply_2Dcoord(const double *m, double x, double y, double *ox,
+inline void vexo_matrix_multiply_2Dcoord(const VexoMatrixArray &m, double x, double y, double *ox,
                                          double *oy) {
     vexo_matrix_multiply_2Dcoord(vexo_as_matrix(m), x, y, ox, oy);
 }
-inline void vexo_matrix_multiply_matrix(const double *a, double *b) {
+inline void vexo_matrix_multiply_matrix(const VexoMatrixArray &a, VexoMatrixArray &b) {
     vexo_matrix_multiply_matrix(vexo_as_matrix(a), vexo_as_matrix(b));
 }
-inline void vexo_matrix_invert(double *m) { vexo_matrix_invert(vexo_as_matrix(m)); }
-inline void vexo_matrix_translate(double *m, double dx, double dy, double dz) {
+inline void vexo_matrix_invert(VexoMatrixArray &m) { vexo_matrix_invert(vexo_as_matrix(m)); }
+inline void vexo_matrix_translate(VexoMatrixArray &m, double dx, double dy, double dz) {
     vexo_matrix_translate(vexo_as_matrix(m), dx, dy, dz);
 }
-inline void vexo_matrix_scale(double *m, double sx, double sy, double sz) {
+inline void vexo_matrix_scale(VexoMatrixArray &m, double sx, double sy, double sz) {
     vexo_matrix_scale(vexo_as_matrix(m), sx, sy, sz);
 }
-inline void vexo_matrix_slant(double *m, double a1, double a2, double a3, double a4,
+inline void vexo_matrix_slant(VexoMatrixArray &m, double a1, double a2, double a3, double a4,
                               double a5, double a6) {
     vexo_matrix_slant(vexo_as_matrix(m), a1, a2, a3, a4, a5, a6);
 }
-inline void vexo_matrix_rotate(double *m, const double *centre, double ax, double ay,
+inline void vexo_matrix_rotate(VexoMatrixArray &m, const double *centre, double ax, double ay,
                                double az) {
     vexo_matrix_rotate(vexo_as_matrix(m), centre, ax, ay, az);
 }
-inline uint32_t vexo_matrix_rotate_vector3d(double *m, const double *axis, double angle) {
+inline uint32_t vexo_matrix_rotate_vector3d(VexoMatrixArray &m, const double *axis, double angle) {
     return vexo_matrix_rotate_vector3d(vexo_as_matrix(m), axis, angle);
 }
-inline void vexo_matrix_frustum(double *m, double l, double r, double b, double t,
+inline void vexo_matrix_frustum(VexoMatrixArray &m, double l, double r, double b, double t,
                                 double n, double f) {
     vexo_matrix_frustum(vexo_as_matrix(m), l, r, b, t, n, f);
 }
-inline void vexo_matrix_get_translation(const double *m, double *x, double *y, double *z) {
+inline void vexo_matrix_get_translation(const VexoMatrixArray &m, double *x, double *y, double *z) {
     vexo_matrix_get_translation(vexo_as_matrix(m), x, y, z);
 }
-inline void vexo_matrix_get_scaling(const double *m, double *x, double *y, double *z) {
+inline void vexo_matrix_get_scaling(const VexoMatrixArray &m, double *x, double *y, double *z) {
     vexo_matrix_get_scaling(vexo_as_matrix(m), x, y, z);
 }
-inline void vexo_matrix_get_rotation(const double *m, double *x, double *y, double *z) {
+inline void vexo_matrix_get_rotation(const VexoMatrixArray &m, double *x, double *y, double *z) {
     vexo_matrix_get_rotation(vexo_as_matrix(m), x, y, z);
 }
 
-inline uint32_t vexo_corr_set_neutral(GeomPoint *t) {
+inline uint32_t vexo_corr_set_neutral(VexoTableArray &t) {
     return vexo_corr_set_neutral(vexo_as_table(t));
 }
-inline uint32_t vexo_corr_load_corr65(GeomPoint *t, const char *path, uint32_t format) {
+inline uint32_t vexo_corr_load_corr65(VexoTableArray &t, const char *path, uint32_t format) {
     return vexo_corr_load_corr65(vexo_as_table(t), path, format);
 }
-inline uint32_t vexo_corr_save_kxo(const GeomPoint *t, const char *path,
+inline uint32_t vexo_corr_save_kxo(const VexoTableArray &t, const char *path,
                                    const CorrHead *head) {
     return vexo_corr_save_kxo(vexo_as_table(t), path, head);
 }
-inline uint32_t vexo_corr_save_ctb(const GeomPoint *t, const char *path) {
+inline uint32_t vexo_corr_save_ctb(const VexoTableArray &t, const char *path) {
     return vexo_corr_save_ctb(vexo_as_table(t), path);
 }
-inline uint32_t vexo_corr_save_cor(const GeomPoint *t, const char *path, double scale) {
+inline uint32_t vexo_corr_save_cor(const VexoTableArray &t, const char *path, double scale) {
     return vexo_corr_save_cor(vexo_as_table(t), path, scale);
 }
 inline uint32_t vexo_corr_interpolate(uint32_t n, const GeomPoint *measured,
                                       const GeomPoint *nominal, double range,
-                                      GeomPoint *t) {
+                                      VexoTableArray &t) {
     return vexo_corr_interpolate(n, measured, nominal, range, vexo_as_table(t));
 }
-inline uint32_t vexo_corr_set_scale(GeomPoint *t, double scale) {
+inline uint32_t vexo_corr_set_scale(VexoTableArray &t, double scale) {
     return vexo_corr_set_scale(vexo_as_table(t), scale);
 }
-inline uint32_t vexo_corr_set_focal(GeomPoint *t, double focal, double field,
+inline uint32_t vexo_corr_set_focal(VexoTableArray &t, double focal, double field,
                                     double target) {
     return vexo_corr_set_focal(vexo_as_table(t), focal, field, target);
 }
-inline uint32_t vexo_corr_adjust_single(GeomPoint *t, const double *from, const double *to,
+inline uint32_t vexo_corr_adjust_single(VexoTableArray &t, const double *from, const double *to,
                                         double radius_factor, int32_t mode) {
     return vexo_corr_adjust_single(vexo_as_table(t), from, to, radius_factor, mode);
 }
-inline uint32_t vexo_corr_set_spatial(GeomPoint *t, uint8_t side, double factor) {
+inline uint32_t vexo_corr_set_spatial(VexoTableArray &t, uint8_t side, double factor) {
     return vexo_corr_set_spatial(vexo_as_table(t), side, factor);
 }
 #endif /* __cplusplus */
