@@ -166,7 +166,9 @@ void rotate(double *m, const double *centre, double ax, double ay, double az) {
 }
 
 void rotate_about_axis(double *m, const double *axis, double degrees) {
-    // The negated angle gives the same sense as rotate() about X, Y and Z.
+    // The axis-angle matrix for the negated angle, laid out so that a
+    // positive angle turns the same way as rotate() does about X, Y and Z
+    // (clockwise looking down the axis); hosts mix the two freely.
     const double theta = -degrees / 360.0 * kTwoPiF;
     const double c = std::cos(theta);
     const double s = std::sin(theta);
@@ -175,9 +177,9 @@ void rotate_about_axis(double *m, const double *axis, double degrees) {
     normalise3(u);
     const double x = u[0], y = u[1], z = u[2];
     const double r[kMatrixSize] = {
-        x * x * t + c,     x * y * t + z * s, x * z * t - y * s, 0.0,
-        x * y * t - z * s, y * y * t + c,     y * z * t + x * s, 0.0,
-        x * z * t + y * s, y * z * t - x * s, z * z * t + c,     0.0,
+        x * x * t + c,     x * y * t - z * s, x * z * t + y * s, 0.0,
+        x * y * t + z * s, y * y * t + c,     y * z * t - x * s, 0.0,
+        x * z * t - y * s, y * z * t + x * s, z * z * t + c,     0.0,
         0.0,               0.0,               0.0,               1.0,
     };
     multiply(r, m);
