@@ -1,0 +1,57 @@
+// Runtime-data files: the caller's bytes, nothing else, in the per-user
+// runtime-data folder.
+#include "util/runtime_data.hpp"
+
+#include <cstdio>
+#include <cstring>
+
+#include "util/data_folder.hpp"
+#include "util/md5.hpp"
+#include "vexo.h"
+
+namespace vexo {
+
+std::string runtime_data_file_name(const char *name, const uint8_t *key, size_t key_length) {
+    return std::string(name) + '.' + md5_hex_upper(md5(key, key_length));
+}
+
+bool runtime_data_name_allowed(const char *name) {
+    // Both separators on every platform, so a name behaves the same on all.
+    return std::strchr(name, '/') == nullptr && std::strchr(name, '\\') == nullptr;
+}
+
+namespace {
+
+// Text mode is kept on purpose: on platforms that translate line ends,
+// files written by earlier releases went through the same translation.
+constexpr const char *kWriteMode = "w";
+constexpr const char *kReadMode = "r";
+
+} // namespace
+
+uint32_t save_runtime_data(const std::string &file_name, const uint8_t *data, size_t size) {
+    const std::string folder = runtime_data_folder(true);
+    if (folder.empty())
+        return VEXO_ERROR_FILE_ACCESS;
+    std::FILE *file = std::fopen((folder + file_name).c_str(), kWriteMode);
+    if (file == nullptr)
+        return VEXO_ERROR_FILE_ACCESS;
+    const size_t written = size > 0 ? std::fwrite(data, 1, size, file) : 0;
+    // Buffered bytes that cannot be flushed were not written either.
+    const bool closed = std::fclose(file) == 0;
+    return (written == size && closed) ? VEXO_OK : VEXO_ERROR_WRITE_FILE;
+}
+
+uint32_t load_runtime_data(const std::string &file_name, uint8_t *buffer, size_t size) {
+    const std::string folder = runtime_data_folder(false);
+    if (folder.empty())
+        return VEXO_ERROR_FILE_ACCESS;
+    std::FILE *file = std::fopen((folder + file_name).c_str(), kReadMode);
+    if (file == nullptr)
+        return VEXO_ERROR_FILE_ACCESS;
+    const size_t read = size > 0 ? std::fread(buffer, 1, size, file) : 0;
+    std::fclose(file);
+    return read == size ? VEXO_OK : VEXO_ERROR_READ_FILE;
+}
+
+} // namespace vexo
