@@ -42,6 +42,8 @@ std::vector<cv::Point3f> board_points(size_t count, int32_t columns) {
 
 // Single-view calibration with a fixed aspect ratio and the 4-coefficient
 // distortion model, all in single precision as the record has always held.
+// OpenCV widens a 4-element distortion vector to 5 and would fit k3 as
+// well; fixing k3 at zero keeps the model to the four the record carries.
 void calibrate_camera(const std::vector<cv::Point2f> &corners, int32_t columns,
                       cv::Size image_size, CalibrationRecord &record) {
     cv::Mat camera = cv::Mat::eye(3, 3, CV_32F);
@@ -51,7 +53,7 @@ void calibrate_camera(const std::vector<cv::Point2f> &corners, int32_t columns,
     std::vector<std::vector<cv::Point2f>> image_points{corners};
     std::vector<cv::Mat> rotations, translations; // not wanted, but required
     cv::calibrateCamera(object_points, image_points, image_size, camera, distortion, rotations,
-                        translations, cv::CALIB_FIX_ASPECT_RATIO,
+                        translations, cv::CALIB_FIX_ASPECT_RATIO | cv::CALIB_FIX_K3,
                         cv::TermCriteria(cv::TermCriteria::COUNT | cv::TermCriteria::EPS, 30,
                                          DBL_EPSILON));
     camera.convertTo(camera, CV_32F);
