@@ -82,14 +82,12 @@ namespace {
 constexpr size_t kBlockPixels = 8;
 constexpr size_t kBlockBytes = kBlockPixels * kColourChannels;
 
-inline uint64_t map_word(uint64_t in, const ChannelTables &t, int first_channel) {
-    uint64_t out = 0;
-    for (int b = 0; b < 8; ++b) {
-        const int ch = (first_channel + b) % kColourChannels;
-        const uint64_t byte = t[ch][(in >> (8 * b)) & 0xFF];
-        out |= byte << (8 * b);
-    }
-    return out;
+// Maps the eight bytes of a word whose channels run a, b, c, a, b, c, a, b.
+inline uint64_t map_word(uint64_t w, const uint8_t *a, const uint8_t *b, const uint8_t *c) {
+    return uint64_t{a[w & 0xFF]} | uint64_t{b[(w >> 8) & 0xFF]} << 8 |
+           uint64_t{c[(w >> 16) & 0xFF]} << 16 | uint64_t{a[(w >> 24) & 0xFF]} << 24 |
+           uint64_t{b[(w >> 32) & 0xFF]} << 32 | uint64_t{c[(w >> 40) & 0xFF]} << 40 |
+           uint64_t{a[(w >> 48) & 0xFF]} << 48 | uint64_t{b[w >> 56]} << 56;
 }
 
 inline uint64_t load_word(const uint8_t *p) {
@@ -116,6 +114,7 @@ void map_bytes(uint8_t *dst, const uint8_t *src, size_t bytes, const ChannelTabl
 
 void map_pixels(uint8_t *dst, const uint8_t *src, size_t pixels, const ChannelTables &tables) {
     size_t done = 0;
+    const uint8_t *t0 = tables[0], *t1 = tables[1], *t2 = tables[2];
     if (little_endian_host()) {
         const size_t blocks = pixels / kBlockPixels;
         for (size_t blk = 0; blk < blocks; ++blk) {
@@ -125,9 +124,9 @@ void map_pixels(uint8_t *dst, const uint8_t *src, size_t pixels, const ChannelTa
             const uint64_t w2 = load_word(src + at + 16);
             // Word 0 starts on channel 0, word 1 on channel 2 (byte 8), word
             // 2 on channel 1 (byte 16).
-            store_word(dst + at, map_word(w0, tables, 0));
-            store_word(dst + at + 8, map_word(w1, tables, 2));
-            store_word(dst + at + 16, map_word(w2, tables, 1));
+            store_word(dst + at, map_word(w0, t0, t1, t2));
+            store_word(dst + at + 8, map_word(w1, t2, t0, t1));
+            store_word(dst + at + 16, map_word(w2, t1, t2, t0));
         }
         done = blocks * kBlockPixels;
     }
