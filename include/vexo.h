@@ -757,13 +757,17 @@ VEXO_API void vexo_prcg_release_recogniser(Recogniser *rec);
  * ========================================================================= */
 
 /* Store `size` bytes under (name, MD5 of key) in the user's data folder
- * (".vexo_rtdata").  VEXO_OK; 16 NULL name or data; 18 cannot open;
- * 20 short write. */
+ * (".vexo_rtdata"; on POSIX under $XDG_DATA_HOME or ~/.local/share, created
+ * with mode 0700).  The file is "<name>.<32 upper-case hex digits>".
+ * VEXO_OK; 16 NULL name, NULL key with key_length > 0, NULL data with
+ * size > 0, or a name containing '/' or '\'; 18 cannot open; 20 short
+ * write. */
 VEXO_API uint32_t vexo_util_save_runtime_data(const char *name, const uint8_t *key,
                                               uint32_t key_length, const uint8_t *data,
                                               uint32_t size);
-/* Read `size` bytes stored under (name, key) into buffer.  VEXO_OK; 16 NULL
- * name or buffer; 18 no such file; 21 file shorter than size. */
+/* Read `size` bytes stored under (name, key) into buffer (a longer file is
+ * fine).  VEXO_OK; 16 as for saving; 18 no such file; 21 file shorter than
+ * size (the bytes it had are in buffer). */
 VEXO_API uint32_t vexo_util_load_runtime_data(const char *name, const uint8_t *key,
                                               uint32_t key_length, uint8_t *buffer,
                                               uint32_t size);
