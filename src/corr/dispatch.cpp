@@ -26,6 +26,13 @@ constexpr Extension kExtensions[] = {
     {".fcr", ".FCR", VEXO_CORR_FORMAT_FCR},
 };
 
+// Parsers that replace x, y and z of every cell when they succeed and
+// write nothing when they fail (see loaders.hpp).
+bool replaces_whole_table(uint32_t format) {
+    return format == VEXO_CORR_FORMAT_UCF || format == VEXO_CORR_FORMAT_CTB ||
+           format == VEXO_CORR_FORMAT_CT5 || format == VEXO_CORR_FORMAT_KXO;
+}
+
 } // namespace
 
 uint32_t format_from_path(const char *path) noexcept {
@@ -53,18 +60,28 @@ uint32_t parse_corr_bytes(uint32_t format, ByteSpan file, CorrTable &table, Corr
 }
 
 uint32_t load_corr_file(CorrTable &table, const char *path, uint32_t format) {
-    set_neutral(table);
     if (format == VEXO_CORR_FORMAT_AUTO)
         format = format_from_path(path);
-    if (format < VEXO_CORR_FORMAT_UCF || format > VEXO_CORR_FORMAT_SCOR)
+    if (format < VEXO_CORR_FORMAT_UCF || format > VEXO_CORR_FORMAT_SCOR) {
+        set_neutral(table);
         return VEXO_ERROR_UNKNOWN_FORMAT;
+    }
     FileBytes file;
     const uint32_t read_status = read_whole_file(path, file);
-    if (read_status != VEXO_OK)
+    if (read_status != VEXO_OK) {
+        set_neutral(table);
         return read_status;
+    }
+    // Whole-table formats make the neutral fill a wasted pass over 135 KB
+    // when they succeed; the table ends the same either way.
+    const bool whole = replaces_whole_table(format);
+    if (!whole)
+        set_neutral(table);
     // Only a kxo file carries a header; every other load leaves it zero.
     CorrHead head{};
     const uint32_t status = parse_corr_bytes(format, file.span(), table, head);
+    if (whole && status != VEXO_OK)
+        set_neutral(table);
     if (format == VEXO_CORR_FORMAT_KXO)
         publish_corr_head(head);
     return status;
