@@ -55,13 +55,14 @@ Calibrator *make_calibrator(const CalibrationRecord &record) {
 
 int32_t run_calibrator(Calibrator &cal, ImageBlock &frame) {
     ImageGeometry geometry;
-    if (!image_geometry(&frame, &geometry))
+    if (!image_geometry(&frame, &geometry) || !image_block_to_grey(&frame, cal.grey))
         return VEXO_ERROR_NO_MEMORY;
-    const cv::Mat grey = image_block_to_grey(&frame);
-    cv::Mat rectified = grey;
-    if (!cal.perspective.empty())
-        cv::warpPerspective(grey, rectified, cal.perspective, cv::Size(), cv::INTER_LINEAR,
+    const cv::Mat *rectified = &cal.grey;
+    if (!cal.perspective.empty()) {
+        cv::warpPerspective(cal.grey, cal.warped, cal.perspective, cv::Size(), cv::INTER_LINEAR,
                             cv::BORDER_CONSTANT, cv::Scalar(0));
+        rectified = &cal.warped;
+    }
 
     // Nothing below can fail: the block is rewritten only from here on.
     frame.format = IMAGE_FORMAT_GREY8;
@@ -71,7 +72,7 @@ int32_t run_calibrator(Calibrator &cal, ImageBlock &frame) {
     cal.width = std::min(cal.width, geometry.width);
     cal.height = std::min(cal.height, geometry.height);
     frame.data_size = uint32_t(cal.width) * uint32_t(cal.height);
-    write_output(rectified, cal, frame);
+    write_output(*rectified, cal, frame);
     return VEXO_OK;
 }
 

@@ -14,6 +14,10 @@ struct Calibrator {
     int32_t width = 0;   // output size; only ever lowered after creation
     int32_t height = 0;
     uint8_t options = 0; // CALIB_OPTION_* from the record
+    // Working images kept from frame to frame, so a stream of equally
+    // sized frames does not allocate.
+    cv::Mat grey;
+    cv::Mat warped;
 };
 
 namespace vexo {

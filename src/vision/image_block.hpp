@@ -42,4 +42,9 @@ inline uint8_t *image_pixels(ImageBlock *block) {
 // May throw cv::Exception or std::bad_alloc.
 cv::Mat image_block_to_grey(const ImageBlock *block);
 
+// The same into `grey`, whose storage is reused when it already has the
+// frame's size (callers that see frame after frame keep one).  False, and
+// `grey` unchanged, when the block is unusable.
+bool image_block_to_grey(const ImageBlock *block, cv::Mat &grey);
+
 } // namespace vexo

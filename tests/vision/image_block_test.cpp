@@ -54,6 +54,31 @@ TEST(ImageBlockGrey, RowsAndColumnsLandInPlace) {
     }
 }
 
+TEST(ImageBlockGrey, LargeColourFrameMatchesPixelFormula) {
+    // Enough rows to be split across workers; every byte value occurs.
+    Frame frame(301, 203, IMAGE_FORMAT_RGB24);
+    cv::Mat noise(1, 301 * 203 * 3, CV_8UC1, frame.pixels());
+    cv::randu(noise, 0, 256);
+    cv::Mat grey(7, 7, CV_8UC1, cv::Scalar(9));
+    ASSERT_TRUE(vexo::image_block_to_grey(frame.block(), grey));
+    ASSERT_EQ(cv::Size(301, 203), grey.size());
+    int mismatches = 0;
+    for (int i = 0; i < 301 * 203; ++i) {
+        const uint8_t *p = frame.pixels() + 3 * i;
+        const int sum = (p[0] < 128 ? p[0] : p[0] - 256) + (p[1] < 128 ? p[1] : p[1] - 256) +
+                        (p[2] < 128 ? p[2] : p[2] - 256);
+        const int q = sum >= 0 ? sum / 3 : -(-sum / 3);
+        mismatches += grey.at<uint8_t>(i / 301, i % 301) != uint8_t(q & 0xFF);
+    }
+    EXPECT_EQ(0, mismatches);
+
+    // An unusable block leaves the caller's image as it was.
+    const cv::Mat before = grey.clone();
+    frame.block()->format = 0;
+    EXPECT_FALSE(vexo::image_block_to_grey(frame.block(), grey));
+    EXPECT_EQ(0, cv::norm(before, grey, cv::NORM_INF));
+}
+
 TEST(ImageBlockGrey, UnusableBlocksGiveNoImage) {
     EXPECT_TRUE(vexo::image_block_to_grey(nullptr).empty());
     vexo::ImageGeometry g{};
