@@ -661,25 +661,34 @@ typedef struct CalibrationRecord {
 /* Opaque calibrator handle. */
 typedef struct Calibrator Calibrator;
 
-/* A double as its 8-byte transport block, and back. */
+/* A double as its 8-byte transport block (IEEE 754 binary64, most
+ * significant byte first), and back.  A NULL out is ignored; a NULL in
+ * reads as 0.0. */
 VEXO_API void vexo_util_dbl_to_block(double value, uint8_t *out);
 VEXO_API double vexo_util_block_to_dbl(const uint8_t *in);
 
 /* New calibrator from a record (size clamped to 80..8192 x 60..8192); NULL
  * for a NULL record or on allocation failure. */
 VEXO_API Calibrator *vexo_calib_create_calibrator(const CalibrationRecord *record);
-/* Rectify one frame in place: grey, warped by the record's perspective,
- * flipped vertically unless CALIB_OPTION_TOP_DOWN; the block's format
- * becomes GREY8.  A frame smaller than the calibrator lowers the calibrator
- * size for good.  VEXO_OK; 9 NULL calibrator; 11 bad or NULL image. */
+/* Rectify one frame in place: grey, warped by the record's perspective (or
+ * left unwarped when it has none), flipped vertically unless
+ * CALIB_OPTION_TOP_DOWN; the block becomes GREY8, 8 bits, with data_size =
+ * calibrator width x height bytes written from byte 32 (width and height
+ * fields unchanged).  A frame smaller than the calibrator lowers the
+ * calibrator size for good, so the output never exceeds the frame.
+ * VEXO_OK; 9 NULL calibrator; 11 NULL or unusable image (kind not 2, format
+ * not RGB24/GREY8, width or height <= 0 or absurd), the block untouched.
+ * One calibrator must not be started from two threads at once. */
 VEXO_API int32_t vexo_calib_start_calibrator(Calibrator *cal, ImageBlock *image);
 /* Destroy a calibrator; NULL ignored. */
 VEXO_API void vexo_calib_release_calibrator(Calibrator *cal);
 
 /* Calibrate from one image of a chessboard with columns x rows inner
- * corners: fills record (all but bytes 208..215) and returns the corners as
- * columns*rows (x, y) int32 pairs (free with vexo_calib_release_correction),
- * or NULL.  *found receives the number of corners found. */
+ * corners (each 3..1024): fills record (all but bytes 208..215; width and
+ * height first, even when the call then fails) and returns the corners as
+ * columns*rows (x, y) int32 pairs rounded half away from zero (free with
+ * vexo_calib_release_correction), or NULL.  *found (may be NULL) receives
+ * the number of corners found: 0 for bad arguments or an unusable image. */
 VEXO_API int32_t *vexo_calib_gen_correction(const ImageBlock *image, int32_t columns,
                                             int32_t rows, CalibrationRecord *record,
                                             int32_t *found);
