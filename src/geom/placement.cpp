@@ -1,5 +1,7 @@
 // Moving and scaling whole point arrays in place.  Only x, y and z change;
 // flags and order stay, so the polyline structure survives.
+#include <cmath>
+
 #include "core/matrix.hpp"
 #include "vexo.h"
 
@@ -14,15 +16,38 @@ void translate_points(GeomPoint *points, uint32_t count, double dx, double dy, d
     }
 }
 
+// True when m has nothing but its diagonal: every other entry of the top
+// three rows is +0 (finite factors give exactly that; an infinite or NaN
+// factor leaves NaN off the diagonal).
+bool is_plain_scaling(const double *m) {
+    static const int kOffDiagonal[] = {1, 2, 3, 4, 6, 7, 8, 9, 11};
+    for (int i : kOffDiagonal)
+        if (!(m[i] == 0.0) || std::signbit(m[i]))
+            return false;
+    return true;
+}
+
 // Scaling goes through a full matrix mapping, not three multiplications:
 // the zero off-diagonal terms still take part, so an infinite coordinate
-// becomes NaN and -0 becomes +0 exactly as a mapped point would.
+// makes the others NaN and -0 becomes +0 exactly as a mapped point would.
+// For a plain scaling and a finite point those terms are all zeros, and
+// m0*x + (+-0) + (+-0) + (+0) is m0*x + 0.0 to the bit, so the common case
+// skips the zero products.
 void scale_points(GeomPoint *points, uint32_t count, double sx, double sy, double sz) {
     double m[kMatrixSize];
     set_identity(m);
     scale(m, sx, sy, sz);
-    for (GeomPoint *p = points, *end = points + count; p != end; ++p)
-        map_point(m, *p, p);
+    const bool plain = is_plain_scaling(m);
+    const double fx = m[0], fy = m[5], fz = m[10];
+    for (GeomPoint *p = points, *end = points + count; p != end; ++p) {
+        if (plain && std::isfinite(p->x) && std::isfinite(p->y) && std::isfinite(p->z)) {
+            p->x = fx * p->x + 0.0;
+            p->y = fy * p->y + 0.0;
+            p->z = fz * p->z + 0.0;
+        } else {
+            map_point(m, *p, p);
+        }
+    }
 }
 
 } // namespace

@@ -68,6 +68,36 @@ TEST(GeomPlacement, ScaleMatchesMatrixMapping) {
     }
 }
 
+// Finite points under a plain scaling take a shortcut; every combination of
+// awkward coordinates and factors must still give the matrix mapping's bits.
+TEST(GeomPlacement, ScaleShortcutIsBitIdenticalToMapping) {
+    const double values[] = {0.0, -0.0, 1.0, -2.5, 1e308, -1e-310, INFINITY, -INFINITY, NAN};
+    const double factors[] = {2.0, -1.0, 0.0, -0.0, 1e300, INFINITY, NAN};
+    const double heights[] = {0.0, -0.0, 3.0, NAN};
+    const double y_factors[] = {1.0, -0.0, INFINITY};
+    std::vector<GeomPoint> points;
+    for (double x : values)
+        for (double y : values)
+            for (double z : heights)
+                points.push_back(GeomPoint{x, y, z, 0x41, 0});
+    for (double sx : factors) {
+        for (double sy : y_factors) {
+            GeomMatrix m;
+            vexo_matrix_unify(&m);
+            vexo_matrix_scale(&m, sx, sy, 0.5);
+            std::vector<GeomPoint> scaled = points;
+            vexo_geom_scale(scaled.data(), static_cast<uint32_t>(scaled.size()), sx, sy, 0.5);
+            for (size_t i = 0; i < points.size(); ++i) {
+                GeomPoint mapped = points[i];
+                vexo_matrix_multiply_point(&m, &points[i], &mapped);
+                ASSERT_EQ(std::memcmp(&mapped, &scaled[i], sizeof mapped), 0)
+                    << "factors " << sx << ", " << sy << " point " << points[i].x << ", "
+                    << points[i].y << ", " << points[i].z;
+            }
+        }
+    }
+}
+
 TEST(GeomPlacement, ScaleIdentityMirrorAndSpecialValues) {
     auto pts = sample_points();
     vexo_geom_scale(pts.data(), 3, 1, 1, 1);
