@@ -217,6 +217,12 @@ VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer,
  * vector2d / vector3d: vector math on bare double arrays
  * ========================================================================= */
 
+/* Angles passed in are degrees; 2D angles come back in radians, the 3D angle
+ * in degrees.  pi and 2pi are the single-precision values (3.1415927410125732,
+ * 6.2831854820251465), visible in the last digits of every result.  A NULL
+ * vector makes a value function return NaN and an in/out function do
+ * nothing. */
+
 /* Divide v (2 doubles) by its length when the length exceeds 1e-7. */
 VEXO_API void vexo_vector2d_normalise(double *v);
 /* a.y*b.y + a.x*b.x. */
@@ -266,7 +272,10 @@ VEXO_API uint8_t vexo_vec_line_to_dot_is_dist(const double *a, const double *b,
 
 /* 16 doubles, row-major; points are column vectors, translation in m[3],
  * m[7], m[11].  Builders pre-multiply: a transformation added later is
- * applied after those added earlier.  Angles are degrees. */
+ * applied after those added earlier.  Angles are degrees, converted with the
+ * single-precision 2pi.  A NULL matrix makes the functions here do nothing
+ * (vexo_matrix_equal: false; vexo_matrix_rotate_vector3d: 16), except
+ * vexo_matrix_multiply_point, which then copies the point. */
 typedef struct GeomMatrix {
     double m[16];
 } GeomMatrix;
@@ -307,7 +316,7 @@ VEXO_API void vexo_matrix_rotate(GeomMatrix *m, const double *centre, double ax,
                                  double ay, double az);
 /* Pre-multiply a rotation by `angle` degrees about `axis` (3 doubles, need
  * not be unit), same sense as vexo_matrix_rotate.  VEXO_OK, or
- * VEXO_ERROR_NO_MEMORY with m unchanged. */
+ * VEXO_ERROR_INVALID_PARAMETER with m unchanged when m or axis is NULL. */
 VEXO_API uint32_t vexo_matrix_rotate_vector3d(GeomMatrix *m, const double *axis,
                                               double angle);
 /* Pre-multiply a perspective frustum (entries at the classic OpenGL
@@ -371,7 +380,7 @@ VEXO_API uint32_t vexo_geom_point_in_polygon(const GeomPoint *point,
                                              const GeomPoint *polygon, int32_t count);
 /* Height of point on the plane of triangle[3] into *z: VEXO_OK or
  * VEXO_ERROR_NUMERIC.  A triangle degenerate in XY gives inf/NaN with
- * VEXO_OK. */
+ * VEXO_OK; a NULL argument gives VEXO_ERROR_INVALID_PARAMETER. */
 VEXO_API uint32_t vexo_geom_point_height(const GeomPoint *point,
                                          const GeomPoint *triangle, double *z);
 
