@@ -15,6 +15,48 @@ constexpr uint32_t kEndAndMark = VEXO_POINT_END | VEXO_POINT_END_MARK;
 bool is_end(const GeomPoint &p) { return (p.flags & VEXO_POINT_END) != 0; }
 bool is_processed(const GeomPoint &p) { return (p.flags & VEXO_POINT_PROCESSED) != 0; }
 
+// The test limit > |a - b| on squared distances where that is safe: far
+// from the limit the squares decide (a square root rounds correctly, so a
+// margin of 2^-40 leaves no doubt), near it the root is taken.  The result
+// is the same as always taking the root; the root's latency is what the
+// hot loop saves.
+template <bool WithZ>
+class CloserThan {
+  public:
+    explicit CloserThan(double limit) : limit_(limit) {
+        const bool squares_are_safe = limit >= 1e-100 && limit <= 1e100;
+        const double square = limit * limit;
+        surely_below_ = squares_are_safe ? square * (1.0 - 0x1p-40) : -1.0;
+        surely_above_ = squares_are_safe ? square * (1.0 + 0x1p-40) : -1.0;
+    }
+
+    bool operator()(const GeomPoint &a, const GeomPoint &b) const {
+        const double squared = squared_distance(a, b);
+        if (squared < surely_below_)
+            return true;
+        if (squared > surely_above_ && surely_above_ >= 0.0)
+            return false;
+        return limit_ > std::sqrt(squared);
+    }
+
+  private:
+    // Summed in the order of point_distance, so the root is the same.
+    static double squared_distance(const GeomPoint &a, const GeomPoint &b) {
+        const double dx = a.x - b.x;
+        const double dy = a.y - b.y;
+        if constexpr (WithZ) {
+            const double dz = a.z - b.z;
+            return dx * dx + dy * dy + dz * dz;
+        } else {
+            return dx * dx + dy * dy;
+        }
+    }
+
+    double limit_;
+    double surely_below_;
+    double surely_above_;
+};
+
 // Phase 1: every inner point closer than min_dist to the anchor goes, and
 // the anchor gives up its end flag.  After a line end the anchor moves by
 // one only, so a line that starts within min_dist of the previous line's
@@ -22,13 +64,14 @@ bool is_processed(const GeomPoint &p) { return (p.flags & VEXO_POINT_PROCESSED) 
 // into pieces.
 template <bool WithZ>
 void drop_close_points(GeomPoint *points, uint32_t count, double min_dist) {
+    const CloserThan<WithZ> closer(min_dist);
     uint32_t anchor = 0;
     uint32_t i = 1;
     while (i < count) {
         if (is_end(points[i])) {
             ++anchor;
             ++i;
-        } else if (min_dist > point_distance<WithZ>(points[anchor], points[i])) {
+        } else if (closer(points[anchor], points[i])) {
             points[anchor].flags &= ~kEndAndMark;
             points[i].flags |= VEXO_POINT_PROCESSED;
             ++i;
@@ -44,16 +87,27 @@ void drop_close_points(GeomPoint *points, uint32_t count, double min_dist) {
 // Phase 2: a two-point polyline shorter than min_dist goes whole.  The scan
 // starts at the third point, so such a line at the very start of the array
 // always stays; older hosts' output depends on that.
+// Returns the index of the first dropped point (count when none).
 template <bool WithZ>
-void drop_short_pairs(GeomPoint *points, uint32_t count, double min_dist) {
+uint32_t drop_short_pairs(GeomPoint *points, uint32_t count, double min_dist) {
+    const CloserThan<WithZ> closer(min_dist);
+    uint32_t first_dropped = count;
     for (uint32_t k = 2; k < count; ++k) {
         if (!is_end(points[k - 2]) || is_end(points[k - 1]) || !is_end(points[k]))
             continue;
-        if (min_dist > point_distance<WithZ>(points[k], points[k - 1])) {
+        if (closer(points[k], points[k - 1])) {
             points[k - 1].flags |= VEXO_POINT_PROCESSED;
             points[k].flags |= VEXO_POINT_PROCESSED;
+            if (first_dropped == count)
+                first_dropped = k - 1;
         }
     }
+    return first_dropped;
+}
+
+// Compaction of an array whose points before `first` are known unmarked.
+uint32_t compact_from(GeomPoint *points, uint32_t count, uint32_t first) {
+    return first + remove_processed(points + first, count - first);
 }
 
 template <bool WithZ>
@@ -61,9 +115,10 @@ uint32_t reduce_distance(GeomPoint *points, uint32_t count, double min_dist) {
     if (count > 1)
         drop_close_points<WithZ>(points, count, min_dist);
     count = remove_processed(points, count);
-    if (count >= 3)
-        drop_short_pairs<WithZ>(points, count, min_dist);
-    return remove_processed(points, count);
+    // After the first compaction only the pair pass marks points, so the
+    // second compaction starts at its first mark.
+    const uint32_t first = count >= 3 ? drop_short_pairs<WithZ>(points, count, min_dist) : count;
+    return compact_from(points, count, first);
 }
 
 struct Vec3 {

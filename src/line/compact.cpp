@@ -1,7 +1,5 @@
 #include "line/compact.hpp"
 
-#include <cstring>
-
 namespace vexo {
 
 namespace {
@@ -11,22 +9,18 @@ bool is_processed(const GeomPoint &p) { return (p.flags & VEXO_POINT_PROCESSED) 
 } // namespace
 
 uint32_t remove_processed(GeomPoint *points, uint32_t count) noexcept {
-    // Points before the first removed one stay where they are; after it,
-    // runs of kept points move down one block at a time.
+    // Points before the first removed one stay where they are.
     uint32_t read = 0;
     while (read < count && !is_processed(points[read]))
         ++read;
+    // From there on every record is copied down and the write position
+    // advances only past kept ones: no branch on the flags, so arrays with
+    // scattered removals cost one streaming pass.
     uint32_t write = read;
-    while (read < count) {
-        while (read < count && is_processed(points[read]))
-            ++read;
-        const uint32_t run_start = read;
-        while (read < count && !is_processed(points[read]))
-            ++read;
-        const uint32_t run = read - run_start;
-        if (run > 0)
-            std::memmove(points + write, points + run_start, size_t{run} * sizeof(GeomPoint));
-        write += run;
+    for (; read < count; ++read) {
+        const GeomPoint p = points[read];
+        points[write] = p;
+        write += is_processed(p) ? 0u : 1u;
     }
     return write;
 }
