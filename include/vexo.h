@@ -575,14 +575,18 @@ VEXO_API uint32_t vexo_corr_get_corr_head(CorrHead *head);
  * VEXO_CORR_FORMAT_ number, or 0 to recognise the extension by substring
  * (".scor" before ".cor" before ".crt", ".ucf", ".ctb", ".ct5", ".gcd",
  * ".kxo", ".xml", ".txt", ".fcr"; lower then upper case).  VEXO_OK, or
- * 7 invalid data, 11 no memory, 16 NULL argument, 19 cannot open,
- * 21 short file, 25 missing header, 34 unknown format.  On failure the table
- * may hold values read so far. */
+ * 7 invalid data (also: a file over 64 MiB), 11 no memory, 16 NULL argument,
+ * 19 cannot open (also: not a regular file, e.g. a folder), 21 short file,
+ * 25 missing header, 34 unknown format.  On failure the table may hold
+ * values read so far.  The header (vexo_corr_get_corr_head) is zeroed at
+ * the start and only a kxo file, even a truncated one, fills it. */
 VEXO_API uint32_t vexo_corr_load_corr65(CorrTable *table, const char *path,
                                         uint32_t format);
 
-/* Write table as a 50,712-byte big-endian kxo file with head's tag and value.
- * VEXO_OK, 16 NULL argument, 19 cannot open, 20 short write. */
+/* Write table as a 50,712-byte big-endian kxo file with head's tag and value
+ * (version 1, header size 12, reserved bytes 0).  Each coordinate is stored
+ * as round((w + 32767.5) * 30000) saturated to int32, NaN as 0.
+ * VEXO_OK, 16 NULL argument, 19 cannot open, 20 short write or close. */
 VEXO_API uint32_t vexo_corr_save_kxo(const CorrTable *table, const char *path,
                                      const CorrHead *head);
 
