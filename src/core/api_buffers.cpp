@@ -21,7 +21,9 @@ VEXO_API GeomPoint *vexo_geom_realloc_fast(GeomPoint *buffer, uint32_t count,
 VEXO_API void vexo_geom_release(GeomPoint *buffer) { std::free(buffer); }
 
 VEXO_API void *vexo_geom_pair_realloc(void *buffer, uint32_t count) {
-    if (count == 0 || count > SIZE_MAX / kPairRecordSize)
+    if (count == 0)
+        return nullptr;
+    if (sizeof(size_t) < 8 && uint64_t{count} * kPairRecordSize > SIZE_MAX)
         return nullptr;
     return std::realloc(buffer, size_t{count} * kPairRecordSize);
 }
