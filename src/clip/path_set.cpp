@@ -1,7 +1,7 @@
 #include "clip/path_set.hpp"
 
+#include <climits>
 #include <cstring>
-#include <unordered_map>
 
 #include "core/point_buffer.hpp"
 
@@ -56,24 +56,73 @@ bool cut_into_paths(const GeomPoint *points, uint32_t count, bool flat, PathSet 
 
 namespace {
 
-struct GridKey {
-    cInt x, y;
-    bool operator==(const GridKey &o) const { return x == o.x && y == o.y; }
-};
+// Heights of input vertices by grid position: open addressing with linear
+// probing in one flat array, since one lookup per result point must stay
+// cheap next to the clipping itself (a node-based map costs a third on top).
+class HeightTable {
+  public:
+    // Only vertices inside Clipper's range reach the table (it throws on any
+    // other before a result exists), so the lowest int64 marks a free slot.
+    explicit HeightTable(size_t vertices) : slots_(vertices + vertices / 2 + 16) {}
 
-struct GridKeyHash {
-    size_t operator()(const GridKey &k) const {
-        // splitmix-style mixing: grid points of one outline differ in few bits.
-        uint64_t h = static_cast<uint64_t>(k.x) * 0x9E3779B97F4A7C15ull;
-        h ^= static_cast<uint64_t>(k.y) + 0x7F4A7C159E3779B9ull + (h << 6) + (h >> 2);
-        h ^= h >> 31;
-        h *= 0xBF58476D1CE4E5B9ull;
-        h ^= h >> 27;
-        return static_cast<size_t>(h);
+    // The first vertex at a position keeps it.
+    void add_path(const ClipperLib::Path &path, const std::vector<cInt> &z) {
+        for (size_t i = 0; i < path.size(); ++i)
+            add(path[i], z[i]);
     }
-};
 
-using HeightMap = std::unordered_map<GridKey, cInt, GridKeyHash>;
+    // 0 for a position no input vertex had.
+    void find_path(const ClipperLib::Path &path, std::vector<cInt> *z) const {
+        z->resize(path.size());
+        for (size_t i = 0; i < path.size(); ++i)
+            (*z)[i] = find(path[i]);
+    }
+
+  private:
+    static constexpr cInt kFree = INT64_MIN;
+    struct Slot {
+        cInt x = kFree, y = 0, z = 0;
+    };
+
+    void add(const IntPoint &v, cInt z) {
+        size_t i = home(v);
+        while (slots_[i].x != kFree) {
+            if (slots_[i].x == v.X && slots_[i].y == v.Y)
+                return;
+            i = next(i);
+        }
+        slots_[i] = Slot{v.X, v.Y, z};
+    }
+
+    cInt find(const IntPoint &v) const {
+        for (size_t i = home(v); slots_[i].x != kFree; i = next(i))
+            if (slots_[i].x == v.X && slots_[i].y == v.Y)
+                return slots_[i].z;
+        return 0;
+    }
+
+    size_t home(const IntPoint &v) const {
+        // Neighbouring grid points differ in few low bits: mix thoroughly.
+        const uint64_t h = mix(mix(static_cast<uint64_t>(v.X)) ^ static_cast<uint64_t>(v.Y));
+        // Scaled onto the table by a multiply instead of a division.
+        const uint64_t size = slots_.size();
+        if (size <= UINT32_MAX)
+            return static_cast<size_t>(((h >> 32) * size) >> 32);
+        return static_cast<size_t>(h % size);
+    }
+
+    static uint64_t mix(uint64_t x) {
+        x ^= x >> 30;
+        x *= 0xBF58476D1CE4E5B9ull;
+        x ^= x >> 27;
+        x *= 0x94D049BB133111EBull;
+        return x ^ (x >> 31);
+    }
+
+    size_t next(size_t i) const { return i + 1 == slots_.size() ? 0 : i + 1; }
+
+    std::vector<Slot> slots_;
+};
 
 size_t vertex_count(const PathSet &set) {
     size_t n = 0;
@@ -82,11 +131,9 @@ size_t vertex_count(const PathSet &set) {
     return n;
 }
 
-// First vertex at a position wins, so entries already present are kept.
-void add_vertices(const PathSet &set, HeightMap *map) {
+void add_vertices(const PathSet &set, HeightTable *table) {
     for (size_t p = 0; p < set.xy.size(); ++p)
-        for (size_t i = 0; i < set.xy[p].size(); ++i)
-            map->emplace(GridKey{set.xy[p][i].X, set.xy[p][i].Y}, set.z[p][i]);
+        table->add_path(set.xy[p], set.z[p]);
 }
 
 } // namespace
@@ -103,21 +150,13 @@ void carry_heights(const PathSet &first, const PathSet *second, PathSet *solutio
         flat_heights(solution);
         return;
     }
-    HeightMap map;
-    map.reserve(vertex_count(first) + (second_has ? vertex_count(*second) : 0));
-    add_vertices(first, &map);
+    HeightTable table(vertex_count(first) + (second_has ? vertex_count(*second) : 0));
+    add_vertices(first, &table);
     if (second_has)
-        add_vertices(*second, &map);
+        add_vertices(*second, &table);
     solution->z.resize(solution->xy.size());
-    for (size_t p = 0; p < solution->xy.size(); ++p) {
-        const auto &path = solution->xy[p];
-        auto &heights = solution->z[p];
-        heights.resize(path.size());
-        for (size_t i = 0; i < path.size(); ++i) {
-            const auto hit = map.find(GridKey{path[i].X, path[i].Y});
-            heights[i] = hit == map.end() ? 0 : hit->second;
-        }
-    }
+    for (size_t p = 0; p < solution->xy.size(); ++p)
+        table.find_path(solution->xy[p], &solution->z[p]);
 }
 
 namespace {
