@@ -57,69 +57,97 @@ class CloserThan {
     double surely_above_;
 };
 
-// Phase 1: every inner point closer than min_dist to the anchor goes, and
-// the anchor gives up its end flag.  After a line end the anchor moves by
-// one only, so a line that starts within min_dist of the previous line's
-// end is joined onto it: hosts rely on this to mend polylines that were cut
-// into pieces.
+// Distance reduction in four steps: (1) drop points closer than min_dist
+// to the anchor, (2) compact, (3) drop two-point lines shorter than
+// min_dist, (4) compact.  The steps run as one pipeline: each later step
+// trails the one before it over points that step can no longer change, so
+// the array streams through the cache once instead of four times.  Every
+// step still sees exactly the points it would see if run on its own.
 template <bool WithZ>
-void drop_close_points(GeomPoint *points, uint32_t count, double min_dist) {
-    const CloserThan<WithZ> closer(min_dist);
-    uint32_t anchor = 0;
-    uint32_t i = 1;
-    while (i < count) {
-        if (is_end(points[i])) {
-            ++anchor;
-            ++i;
-        } else if (closer(points[anchor], points[i])) {
-            points[anchor].flags &= ~kEndAndMark;
-            points[i].flags |= VEXO_POINT_PROCESSED;
-            ++i;
-        } else {
-            do {
+class DistanceReduction {
+  public:
+    DistanceReduction(GeomPoint *points, uint32_t count, double min_dist)
+        : points_(points), count_(count), closer_(min_dist) {}
+
+    uint32_t run() {
+        if (count_ > 1)
+            drop_close_points();
+        settle(count_, true);
+        return kept_;
+    }
+
+  private:
+    // How far the later steps may lag behind step 1 (points).
+    static constexpr uint32_t kChunk = 1024;
+
+    // Step 1.  Points before the anchor are never looked at again, so
+    // they are final.  After a line end the anchor moves by one only, so a
+    // line that starts within min_dist of the previous line's end is joined
+    // onto it: hosts rely on this to mend polylines that were cut into
+    // pieces.
+    void drop_close_points() {
+        uint32_t anchor = 0;
+        uint32_t i = 1;
+        while (i < count_) {
+            if (is_end(points_[i])) {
                 ++anchor;
-            } while (is_processed(points[anchor]) && anchor + 1 < count);
-            i = anchor + 1;
+                ++i;
+            } else if (closer_(points_[anchor], points_[i])) {
+                points_[anchor].flags &= ~kEndAndMark;
+                points_[i].flags |= VEXO_POINT_PROCESSED;
+                ++i;
+                continue;
+            } else {
+                do {
+                    ++anchor;
+                } while (is_processed(points_[anchor]) && anchor + 1 < count_);
+                i = anchor + 1;
+            }
+            if (anchor - consumed_ >= kChunk)
+                settle(anchor, false);
         }
     }
-}
 
-// Phase 2: a two-point polyline shorter than min_dist goes whole.  The scan
-// starts at the third point, so such a line at the very start of the array
-// always stays; older hosts' output depends on that.
-// Returns the index of the first dropped point (count when none).
-template <bool WithZ>
-uint32_t drop_short_pairs(GeomPoint *points, uint32_t count, double min_dist) {
-    const CloserThan<WithZ> closer(min_dist);
-    uint32_t first_dropped = count;
-    for (uint32_t k = 2; k < count; ++k) {
-        if (!is_end(points[k - 2]) || is_end(points[k - 1]) || !is_end(points[k]))
-            continue;
-        if (closer(points[k], points[k - 1])) {
-            points[k - 1].flags |= VEXO_POINT_PROCESSED;
-            points[k].flags |= VEXO_POINT_PROCESSED;
-            if (first_dropped == count)
-                first_dropped = k - 1;
+    // Step 3 at compacted index k.  The scan starts at the third point, so
+    // a short line at the very start of the array always stays; older
+    // hosts' output depends on that.
+    void drop_short_pair(uint32_t k) {
+        if (!is_end(points_[k - 2]) || is_end(points_[k - 1]) || !is_end(points_[k]))
+            return;
+        if (closer_(points_[k], points_[k - 1])) {
+            points_[k - 1].flags |= VEXO_POINT_PROCESSED;
+            points_[k].flags |= VEXO_POINT_PROCESSED;
         }
     }
-    return first_dropped;
-}
 
-// Compaction of an array whose points before `first` are known unmarked.
-uint32_t compact_from(GeomPoint *points, uint32_t count, uint32_t first) {
-    return first + remove_processed(points + first, count - first);
-}
+    // Runs steps 2 to 4 over the points before `final_below` (indices of the
+    // original array), whose step-1 marks are final.
+    void settle(uint32_t final_below, bool last) {
+        compacted_ += move_unprocessed(points_ + compacted_, points_ + consumed_,
+                                       final_below - consumed_);
+        consumed_ = final_below;
+        for (; next_pair_ < compacted_; ++next_pair_)
+            drop_short_pair(next_pair_);
+        // Step 3 at k marks k - 1 and k and reads from k - 2 on: step 4
+        // stays clear of all three until the end.
+        uint32_t limit = compacted_;
+        if (!last)
+            limit = next_pair_ >= 3 ? next_pair_ - 3 : 0;
+        if (limit > paired_) {
+            kept_ += move_unprocessed(points_ + kept_, points_ + paired_, limit - paired_);
+            paired_ = limit;
+        }
+    }
 
-template <bool WithZ>
-uint32_t reduce_distance(GeomPoint *points, uint32_t count, double min_dist) {
-    if (count > 1)
-        drop_close_points<WithZ>(points, count, min_dist);
-    count = remove_processed(points, count);
-    // After the first compaction only the pair pass marks points, so the
-    // second compaction starts at its first mark.
-    const uint32_t first = count >= 3 ? drop_short_pairs<WithZ>(points, count, min_dist) : count;
-    return compact_from(points, count, first);
-}
+    GeomPoint *points_;
+    uint32_t count_;
+    CloserThan<WithZ> closer_;
+    uint32_t consumed_ = 0;  // original points handed to step 2
+    uint32_t compacted_ = 0; // points kept by step 2
+    uint32_t next_pair_ = 2; // next compacted index for step 3
+    uint32_t paired_ = 0;    // compacted points handed to step 4
+    uint32_t kept_ = 0;      // points kept by step 4
+};
 
 struct Vec3 {
     double x;
@@ -200,8 +228,8 @@ uint32_t reduce_angle(GeomPoint *points, uint32_t count, Drops drops) {
 
 uint32_t reduce_by_distance(GeomPoint *points, uint32_t count, double min_dist,
                             bool measure_z) noexcept {
-    return measure_z ? reduce_distance<true>(points, count, min_dist)
-                     : reduce_distance<false>(points, count, min_dist);
+    return measure_z ? DistanceReduction<true>(points, count, min_dist).run()
+                     : DistanceReduction<false>(points, count, min_dist).run();
 }
 
 uint32_t reduce_by_angle_3d(GeomPoint *points, uint32_t count, double max_degrees) noexcept {

@@ -13,13 +13,17 @@ uint32_t remove_processed(GeomPoint *points, uint32_t count) noexcept {
     uint32_t read = 0;
     while (read < count && !is_processed(points[read]))
         ++read;
-    // From there on every record is copied down and the write position
-    // advances only past kept ones: no branch on the flags, so arrays with
-    // scattered removals cost one streaming pass.
-    uint32_t write = read;
-    for (; read < count; ++read) {
-        const GeomPoint p = points[read];
-        points[write] = p;
+    return read + move_unprocessed(points + read, points + read, count - read);
+}
+
+uint32_t move_unprocessed(GeomPoint *dest, const GeomPoint *src, uint32_t n) noexcept {
+    // Every record is copied and the write position advances only past
+    // kept ones: no branch on the flags, so scattered removals cost one
+    // streaming pass.  Copying forward keeps dest <= src safe.
+    uint32_t write = 0;
+    for (uint32_t read = 0; read < n; ++read) {
+        const GeomPoint p = src[read];
+        dest[write] = p;
         write += is_processed(p) ? 0u : 1u;
     }
     return write;

@@ -11,4 +11,9 @@ namespace vexo {
 // the rest move down as whole records.  Returns the number kept.
 uint32_t remove_processed(GeomPoint *points, uint32_t count) noexcept;
 
+// The same compaction from src[0..n) to dest, for callers that compact an
+// array piece by piece.  dest may be src or lie before it in the same
+// array.  Returns the number of points written.
+uint32_t move_unprocessed(GeomPoint *dest, const GeomPoint *src, uint32_t n) noexcept;
+
 } // namespace vexo

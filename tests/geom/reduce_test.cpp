@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <random>
 #include <vector>
 
 #include "core/constants.hpp"
+#include "line/compact.hpp"
 #include "vexo.h"
 
 namespace {
@@ -142,6 +144,73 @@ TEST(GeomReduce, KeepsOrderAndWholeRecordsOnRandomPolylines) {
                 EXPECT_GT(work[i].reserved, work[i - 1].reserved);
             }
         }
+    }
+}
+
+// The reduction written out step by step, one full pass each, as the
+// plain reading of the algorithm: the library's pipelined version must
+// give the same array to the last bit.
+uint32_t reduce_step_by_step(GeomPoint *p, uint32_t count, double min_dist) {
+    auto dist = [](const GeomPoint &a, const GeomPoint &b) {
+        const double dx = a.x - b.x, dy = a.y - b.y, dz = a.z - b.z;
+        return std::sqrt(dx * dx + dy * dy + dz * dz);
+    };
+    if (count > 1) {
+        uint32_t a = 0, i = 1;
+        while (i < count) {
+            if (p[i].flags & 1u) {
+                ++a;
+                ++i;
+            } else if (min_dist > dist(p[a], p[i])) {
+                p[a].flags &= ~5u;
+                p[i].flags |= 2u;
+                ++i;
+            } else {
+                do {
+                    ++a;
+                } while ((p[a].flags & 2u) && a + 1 < count);
+                i = a + 1;
+            }
+        }
+    }
+    count = vexo::remove_processed(p, count);
+    for (uint32_t k = 2; k < count; ++k)
+        if ((p[k - 2].flags & 1u) && !(p[k - 1].flags & 1u) && (p[k].flags & 1u) &&
+            min_dist > dist(p[k], p[k - 1])) {
+            p[k - 1].flags |= 2u;
+            p[k].flags |= 2u;
+        }
+    return vexo::remove_processed(p, count);
+}
+
+TEST(GeomReduce, MatchesTheStepByStepReductionOnLargeArrays) {
+    std::mt19937 rng(11);
+    std::uniform_real_distribution<double> step(-0.7, 0.7);
+    for (int round = 0; round < 12; ++round) {
+        // Dense line ends and caller-marked points in some rounds, so joins,
+        // dots, short pairs and lagging anchors occur across many chunks.
+        const uint32_t n = 3000 + rng() % 20000;
+        const uint32_t end_every = 2 + round % 6;
+        std::vector<GeomPoint> pts(n);
+        double x = 0.0, y = 0.0;
+        for (uint32_t i = 0; i < n; ++i) {
+            x += step(rng);
+            y += step(rng);
+            uint32_t flags = rng() % end_every == 0 ? 1u : 0u;
+            if (round % 3 == 2 && rng() % 50 == 0)
+                flags |= 2u;
+            if (rng() % 9 == 0)
+                flags |= 4u;
+            pts[i] = pt(x, y, step(rng) * 0.1, flags);
+            pts[i].reserved = i;
+        }
+        std::vector<GeomPoint> expected = pts;
+        const uint32_t expected_count = reduce_step_by_step(expected.data(), n, 0.45);
+        uint32_t count = n;
+        vexo_geom_reduce(pts.data(), &count, 0.45);
+        ASSERT_EQ(count, expected_count) << round;
+        ASSERT_EQ(0, std::memcmp(pts.data(), expected.data(), count * sizeof(GeomPoint)))
+            << round;
     }
 }
 
