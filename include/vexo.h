@@ -340,8 +340,10 @@ VEXO_API void vexo_matrix_get_rotation(const GeomMatrix *m, double *ax, double *
 
 /* Average each inner point of a polyline with its neighbours when both
  * neighbours lie closer than max_dist (x and y only; the 3D variant measures
- * with z but never moves z).  Writes VEXO_OK to *status when not NULL.
- * Returns points. */
+ * with z but never moves z).  One forward pass, in place: a point averages
+ * with its already smoothed predecessor.  Points of a triple that holds a
+ * line end are left alone.  Writes VEXO_OK to *status when not NULL (also
+ * for a NULL array, which is returned as is).  Returns points. */
 VEXO_API GeomPoint *vexo_geom_smoothen(GeomPoint *points, uint32_t count,
                                        double max_dist, uint32_t *status);
 VEXO_API GeomPoint *vexo_geom_smoothen_2d(GeomPoint *points, uint32_t count,
@@ -349,14 +351,20 @@ VEXO_API GeomPoint *vexo_geom_smoothen_2d(GeomPoint *points, uint32_t count,
 
 /* Drop points closer than min_dist to their predecessor, and two-point
  * polylines shorter than min_dist; polylines whose ends nearly touch are
- * joined.  In place: *count shrinks, order is kept.  Returns points. */
+ * joined.  Line ends and dots are never dropped for closeness; a two-point
+ * line at the very start of the array always stays.  Points the caller had
+ * already flagged VEXO_POINT_PROCESSED go as well.  In place, no allocation:
+ * *count shrinks, order is kept.  Returns points; a NULL count leaves
+ * everything alone, a NULL array with *count > 0 returns NULL. */
 VEXO_API GeomPoint *vexo_geom_reduce(GeomPoint *points, uint32_t *count, double min_dist);
 VEXO_API GeomPoint *vexo_geom_reduce_2d(GeomPoint *points, uint32_t *count,
                                         double min_dist);
 
 /* Drop points whose direction change is positive and below max_angle
- * (degrees here; RADIANS in the _2d variant).  Collinear points stay.  In
- * place: *count shrinks.  Returns points. */
+ * (degrees here; RADIANS in the _2d variant).  Collinear points stay; a
+ * repeated point stays in 3D and counts as a right angle in 2D, where a full
+ * reversal counts as pi.  In place: *count shrinks.  NULL handling as
+ * vexo_geom_reduce.  Returns points. */
 VEXO_API GeomPoint *vexo_geom_reduce_by_angle(GeomPoint *points, uint32_t *count,
                                               double max_angle);
 VEXO_API GeomPoint *vexo_geom_reduce_by_angle_2d(GeomPoint *points, uint32_t *count,
