@@ -8,11 +8,24 @@ namespace scene {
 
 cv::Mat make_pattern(int width, int height, uint64_t seed) {
     cv::RNG rng(seed);
-    cv::Mat img(height, width, CV_8UC1, cv::Scalar(128));
-    const int shapes = width * height / 400;
+    // Smooth random relief at three scales keeps every neighbourhood
+    // distinct, so that matches are rarely ambiguous.
+    cv::Mat relief(height, width, CV_32F, cv::Scalar(128));
+    for (int cell : {24, 10, 4}) {
+        cv::Mat coarse(height / cell + 2, width / cell + 2, CV_32F);
+        rng.fill(coarse, cv::RNG::UNIFORM, -40.0 * cell / 24 - 15, 40.0 * cell / 24 + 15);
+        cv::Mat up;
+        cv::resize(coarse, up, cv::Size(width, height), 0, 0, cv::INTER_CUBIC);
+        relief += up;
+    }
+    cv::Mat img;
+    relief.convertTo(img, CV_8U);
+    const int shapes = width * height / 150;
     for (int k = 0; k < shapes; ++k) {
         const cv::Point p(rng.uniform(0, width), rng.uniform(0, height));
-        const cv::Scalar grey(rng.uniform(0, 256));
+        // Dark or bright, never mid-grey: strong edges and blobs.
+        const int level = rng.uniform(0, 70);
+        const cv::Scalar grey(rng.uniform(0, 2) ? level : 255 - level);
         switch (rng.uniform(0, 4)) {
         case 0:
             cv::circle(img, p, rng.uniform(2, 12), grey, cv::FILLED, cv::LINE_AA);
@@ -30,7 +43,7 @@ cv::Mat make_pattern(int width, int height, uint64_t seed) {
                         cv::FONT_HERSHEY_SIMPLEX, rng.uniform(0.4, 1.0), grey, 2, cv::LINE_AA);
         }
     }
-    cv::GaussianBlur(img, img, cv::Size(3, 3), 0.8);
+    cv::GaussianBlur(img, img, cv::Size(3, 3), 0.6);
     return img;
 }
 
@@ -41,7 +54,7 @@ cv::Mat make_background(int width, int height, uint64_t seed) {
     cv::Mat smooth;
     cv::resize(coarse, smooth, cv::Size(width, height), 0, 0, cv::INTER_CUBIC);
     cv::Mat noise(height, width, CV_32F);
-    rng.fill(noise, cv::RNG::NORMAL, 0, 2);
+    rng.fill(noise, cv::RNG::NORMAL, 0, 1);
     cv::Mat out;
     cv::Mat(smooth + noise).convertTo(out, CV_8U);
     return out;
