@@ -113,11 +113,11 @@ class RatioReporter : public benchmark::ConsoleReporter {
   public:
     void ReportRuns(const std::vector<Run> &runs) override {
         for (const Run &run : runs)
-            times_[run.benchmark_name()] = run.GetAdjustedRealTime();
+            times_[run.benchmark_name()] = {run.GetAdjustedRealTime(), run.GetAdjustedCPUTime()};
         ConsoleReporter::ReportRuns(runs);
     }
     void print_ratios() const {
-        std::printf("\nratio (library / raw baseline, goal <= 1.5)\n");
+        std::printf("\nratio library / raw baseline (goal <= 1.5)      real    cpu\n");
         for (const Sample &s : kSamples)
             print_ratio(std::string("load_") + s.name, std::string("raw_read_") + s.name);
         print_ratio("save_kxo", "raw_write_kxo");
@@ -126,10 +126,15 @@ class RatioReporter : public benchmark::ConsoleReporter {
   private:
     void print_ratio(const std::string &name, const std::string &baseline) const {
         auto a = times_.find(name), b = times_.find(baseline);
-        if (a != times_.end() && b != times_.end() && b->second > 0)
-            std::printf("  %-14s %.2f\n", name.c_str(), a->second / b->second);
+        if (a == times_.end() || b == times_.end() || b->second.real <= 0 || b->second.cpu <= 0)
+            return;
+        std::printf("  %-44s %6.2f %6.2f\n", name.c_str(), a->second.real / b->second.real,
+                    a->second.cpu / b->second.cpu);
     }
-    std::map<std::string, double> times_;
+    struct Times {
+        double real, cpu;
+    };
+    std::map<std::string, Times> times_;
 };
 
 } // namespace

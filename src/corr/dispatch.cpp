@@ -26,11 +26,12 @@ constexpr Extension kExtensions[] = {
     {".fcr", ".FCR", VEXO_CORR_FORMAT_FCR},
 };
 
-// Parsers that replace x, y and z of every cell when they succeed and
-// write nothing when they fail (see loaders.hpp).
+// The binary parsers replace x, y and z of every cell when they succeed
+// and write no cell when they fail (see loaders.hpp); the text parsers
+// build on a neutral table.
 bool replaces_whole_table(uint32_t format) {
-    return format == VEXO_CORR_FORMAT_UCF || format == VEXO_CORR_FORMAT_CTB ||
-           format == VEXO_CORR_FORMAT_CT5 || format == VEXO_CORR_FORMAT_KXO;
+    return format != VEXO_CORR_FORMAT_XML && format != VEXO_CORR_FORMAT_TXT &&
+           format != VEXO_CORR_FORMAT_SCOR;
 }
 
 } // namespace
@@ -72,8 +73,8 @@ uint32_t load_corr_file(CorrTable &table, const char *path, uint32_t format) {
         set_neutral(table);
         return read_status;
     }
-    // Whole-table formats make the neutral fill a wasted pass over 135 KB
-    // when they succeed; the table ends the same either way.
+    // For the binary formats the neutral fill would be a wasted pass over
+    // 135 KB when they succeed; the table ends the same either way.
     const bool whole = replaces_whole_table(format);
     if (!whole)
         set_neutral(table);

@@ -19,31 +19,37 @@ bool starts_with(ByteSpan file, const char *label) {
     return file.size >= n && std::memcmp(file.data, label, n) == 0;
 }
 
-// Number of whole records of `record_bytes` from `offset`, at most 4225.
-int available_cells(ByteSpan file, size_t offset, size_t record_bytes) {
-    const size_t complete = file.size > offset ? (file.size - offset) / record_bytes : 0;
-    return complete < size_t{kCorrCells} ? static_cast<int>(complete) : kCorrCells;
-}
-
+// The deltas apply to the neutral grid; it is computed here rather than
+// read back from the table, which gives the same values.
 uint32_t subtract_f64_pairs(ByteSpan file, size_t offset, double sx, double sy,
                             CorrTable &table) {
-    const int cells = available_cells(file, offset, 16);
-    for (int k = 0; k < cells; ++k) {
-        const uint8_t *p = file.data + offset + 16 * static_cast<size_t>(k);
-        table.cell[k].x -= load_le_f64(p) * sx;
-        table.cell[k].y -= load_le_f64(p + 8) * sy;
+    if (file.size < offset || file.size - offset < size_t{16} * kCorrCells)
+        return VEXO_ERROR_READ_FILE;
+    const uint8_t *p = file.data + offset;
+    for (int row = 0; row < kCorrSide; ++row) {
+        for (int column = 0; column < kCorrSide; ++column, p += 16) {
+            GeomPoint &cell = corr_cell(table, row, column);
+            cell.x = neutral_coordinate(column) - load_le_f64(p) * sx;
+            cell.y = neutral_coordinate(row) - load_le_f64(p + 8) * sy;
+            cell.z = 0.0;
+        }
     }
-    return cells == kCorrCells ? VEXO_OK : VEXO_ERROR_READ_FILE;
+    return VEXO_OK;
 }
 
 uint32_t subtract_i32_pairs(ByteSpan file, size_t offset, CorrTable &table) {
-    const int cells = available_cells(file, offset, 8);
-    for (int k = 0; k < cells; ++k) {
-        const uint8_t *p = file.data + offset + 8 * static_cast<size_t>(k);
-        table.cell[k].x -= load_le_i32(p);
-        table.cell[k].y -= load_le_i32(p + 4);
+    if (file.size < offset || file.size - offset < size_t{8} * kCorrCells)
+        return VEXO_ERROR_READ_FILE;
+    const uint8_t *p = file.data + offset;
+    for (int row = 0; row < kCorrSide; ++row) {
+        for (int column = 0; column < kCorrSide; ++column, p += 8) {
+            GeomPoint &cell = corr_cell(table, row, column);
+            cell.x = neutral_coordinate(column) - load_le_i32(p);
+            cell.y = neutral_coordinate(row) - load_le_i32(p + 4);
+            cell.z = 0.0;
+        }
     }
-    return cells == kCorrCells ? VEXO_OK : VEXO_ERROR_READ_FILE;
+    return VEXO_OK;
 }
 
 } // namespace

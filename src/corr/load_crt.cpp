@@ -10,15 +10,16 @@ namespace vexo {
 uint32_t parse_crt(ByteSpan file, CorrTable &table) {
     constexpr size_t kDataOffset = 2048;
     constexpr size_t kCellBytes = 16;
-    const size_t complete = file.size > kDataOffset ? (file.size - kDataOffset) / kCellBytes : 0;
-    const int cells = complete < size_t{kCorrCells} ? static_cast<int>(complete) : kCorrCells;
-    for (int k = 0; k < cells; ++k) {
-        const uint8_t *p = file.data + kDataOffset + kCellBytes * static_cast<size_t>(k);
-        GeomPoint &cell = table.cell[k];
+    if (file.size < kDataOffset + kCellBytes * kCorrCells)
+        return VEXO_ERROR_READ_FILE;
+    const uint8_t *p = file.data + kDataOffset;
+    for (GeomPoint &cell : table.cell) {
         cell.y = static_cast<double>(load_le_f32(p)) * 500.0;
         cell.x = static_cast<double>(load_le_f32(p + 4)) * 500.0;
+        cell.z = 0.0; // no focus values in this format: the neutral 0
+        p += kCellBytes;
     }
-    return cells == kCorrCells ? VEXO_OK : VEXO_ERROR_READ_FILE;
+    return VEXO_OK;
 }
 
 } // namespace vexo

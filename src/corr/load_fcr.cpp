@@ -3,6 +3,8 @@
 // 65-grid two lines per node: line i reaches node (i + 1) / 2, so the outer
 // nodes take one line each and the centre node 32 takes both lines beside
 // the centre (63 and 64).  Every delta reaching a node is added to it.
+#include <initializer_list>
+
 #include "core/byteorder.hpp"
 #include "corr/loaders.hpp"
 #include "corr/table.hpp"
@@ -14,8 +16,15 @@ constexpr int kFineSide = 128;
 constexpr size_t kPlaneBytes = size_t{kFineSide} * kFineSide * 2;
 constexpr size_t kBlockBytes = 2 * kPlaneBytes;
 
-// Node rows reach back to their fine lines as 2n - 1 and 2n.
-int node_of_line(int line) { return (line + 1) / 2; }
+// Adds one fine line's deltas onto the 65 nodes of a node row.  Columns
+// are paired explicitly (node n takes 2n - 1 and 2n) so that no sum waits
+// on the one before it.
+void fold_line(const uint8_t *line, int32_t *sums) {
+    sums[0] += load_le_i16(line);
+    for (int node = 1; node < kCorrSide - 1; ++node)
+        sums[node] += load_le_i16(line + 2 * (2 * node - 1)) + load_le_i16(line + 2 * (2 * node));
+    sums[kCorrSide - 1] += load_le_i16(line + 2 * (kFineSide - 1));
+}
 
 } // namespace
 
@@ -24,25 +33,23 @@ uint32_t parse_fcr(ByteSpan file, CorrTable &table) {
         return VEXO_ERROR_READ_FILE;
     const uint8_t *x_plane = file.data + (file.size - kBlockBytes);
     const uint8_t *y_plane = x_plane + kPlaneBytes;
-    // The deltas of one node row are summed as integers first (exact, far
-    // inside 32 bits) and added to the table once per node.
-    for (int node_row = 0; node_row < kCorrSide; ++node_row) {
+    constexpr size_t kLineBytes = 2 * kFineSide;
+    // The deltas reaching a node are summed as integers (exact, far inside
+    // 32 bits) and added to its neutral value once: every intermediate sum
+    // is exact in a double, so this equals adding them one by one.
+    for (int row = 0; row < kCorrSide; ++row) {
         int32_t sum_x[kCorrSide] = {};
         int32_t sum_y[kCorrSide] = {};
-        for (int fine_row = 2 * node_row - 1; fine_row <= 2 * node_row; ++fine_row) {
+        for (int fine_row : {2 * row - 1, 2 * row}) {
             if (fine_row < 0 || fine_row >= kFineSide)
                 continue;
-            const size_t line = static_cast<size_t>(fine_row) * kFineSide;
-            for (int fine_column = 0; fine_column < kFineSide; ++fine_column) {
-                const size_t k = line + static_cast<size_t>(fine_column);
-                sum_x[node_of_line(fine_column)] += load_le_i16(x_plane + 2 * k);
-                sum_y[node_of_line(fine_column)] += load_le_i16(y_plane + 2 * k);
-            }
+            fold_line(x_plane + kLineBytes * static_cast<size_t>(fine_row), sum_x);
+            fold_line(y_plane + kLineBytes * static_cast<size_t>(fine_row), sum_y);
         }
         for (int column = 0; column < kCorrSide; ++column) {
-            GeomPoint &cell = corr_cell(table, node_row, column);
-            cell.x += sum_x[column];
-            cell.y += sum_y[column];
+            GeomPoint &cell = corr_cell(table, row, column);
+            cell.x = neutral_coordinate(column) + sum_x[column];
+            cell.y = neutral_coordinate(row) + sum_y[column];
             cell.z = 0.0;
         }
     }

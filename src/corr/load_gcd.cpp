@@ -9,18 +9,18 @@ namespace vexo {
 
 uint32_t parse_gcd(ByteSpan file, CorrTable &table) {
     constexpr size_t kCellBytes = 6;
-    const size_t complete = file.size / kCellBytes;
-    const int cells = complete < size_t{kCorrCells} ? static_cast<int>(complete) : kCorrCells;
-    for (int k = 0; k < cells; ++k) {
-        const uint8_t *p = file.data + kCellBytes * static_cast<size_t>(k);
-        const int row = k / kCorrSide;
-        const int column = k % kCorrSide;
-        GeomPoint &cell = corr_cell(table, row, column);
-        cell.z = load_le_i16(p);
-        cell.x = (column * 1024 + load_le_i16(p + 2)) - kCorrHalfRange;
-        cell.y = (row * 1024 + load_le_i16(p + 4)) - kCorrHalfRange;
+    if (file.size < kCellBytes * kCorrCells)
+        return VEXO_ERROR_READ_FILE;
+    const uint8_t *p = file.data;
+    for (int row = 0; row < kCorrSide; ++row) {
+        for (int column = 0; column < kCorrSide; ++column, p += kCellBytes) {
+            GeomPoint &cell = corr_cell(table, row, column);
+            cell.z = load_le_i16(p);
+            cell.x = (column * 1024 + load_le_i16(p + 2)) - kCorrHalfRange;
+            cell.y = (row * 1024 + load_le_i16(p + 4)) - kCorrHalfRange;
+        }
     }
-    return cells == kCorrCells ? VEXO_OK : VEXO_ERROR_READ_FILE;
+    return VEXO_OK;
 }
 
 } // namespace vexo

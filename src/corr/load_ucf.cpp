@@ -13,11 +13,13 @@ constexpr size_t kPlaneBytes = 4225 * 2;
 constexpr size_t kShortUcfSize = 2 * kPlaneBytes; // Y, X without a header
 constexpr size_t kUcfHeaderBytes = 4;
 
+// Rows outer, so the table is written in memory order; the planes (25 KB
+// at most) are read across, which stays in cache.
 void apply_word_planes(CorrTable &table, const uint8_t *y_plane, const uint8_t *x_plane,
                        const uint8_t *z_plane) {
-    size_t k = 0;
-    for (int column = 0; column < kCorrSide; ++column) {
-        for (int row = 0; row < kCorrSide; ++row, ++k) {
+    for (int row = 0; row < kCorrSide; ++row) {
+        for (int column = 0; column < kCorrSide; ++column) {
+            const size_t k = static_cast<size_t>(column) * kCorrSide + static_cast<size_t>(row);
             GeomPoint &cell = corr_cell(table, row, column);
             const unsigned z_word = z_plane ? load_le16(z_plane + 2 * k) : 0u;
             cell.x = load_le16(x_plane + 2 * k) - kCorrHalfRange;

@@ -16,9 +16,10 @@ struct ByteSpan {
     size_t size;
 };
 
-// Binary formats.  parse_ucf, parse_ctb, parse_ct5 and parse_kxo replace
-// x, y and z of every cell when they succeed and write no cell when they
-// fail, so for them the neutral start is only needed after a failure.
+// Binary formats.  Each replaces x, y and z of every cell when it succeeds
+// (deltas are applied to the neutral grid it computes itself) and writes no
+// cell when it fails, so for them the neutral start is only needed after a
+// failure.
 uint32_t parse_ucf(ByteSpan file, CorrTable &table);
 uint32_t parse_ctb(ByteSpan file, CorrTable &table);
 uint32_t parse_ct5(ByteSpan file, CorrTable &table);

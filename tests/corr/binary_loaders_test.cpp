@@ -29,18 +29,37 @@ double word(int r, int c, int axis) { return 1000 + 7 * r + 501 * c + 13 * axis;
 using Parser = uint32_t (*)(vexo::ByteSpan, CorrTable &);
 
 // Every prefix length in `lengths` shorter than the full file must fail 21
-// without reading past the prefix (ASan sees an exact-size copy).
+// without reading past the prefix (ASan sees an exact-size copy) and
+// without writing a single cell.
 void expect_truncations_fail(Parser parse, const ByteVec &file, const std::vector<size_t> &skip) {
     std::vector<size_t> lengths = {0, 1, 3, 4, 11, 12, 55, 56, 518, 519, 2047, 2048};
     for (size_t len = 97; len < file.size(); len += 997)
         lengths.push_back(len);
     lengths.push_back(file.size() - 1);
+    CorrTable before;
+    std::memset(&before, 0xAB, sizeof before);
     for (size_t len : lengths) {
         if (len >= file.size() || std::find(skip.begin(), skip.end(), len) != skip.end())
             continue;
         ByteVec prefix(file.begin(), file.begin() + long(len));
-        CorrTable t = neutral_table();
+        CorrTable t = before;
         ASSERT_EQ(parse(span(prefix), t), VEXO_ERROR_READ_FILE) << "length " << len;
+        ASSERT_EQ(std::memcmp(&t, &before, sizeof t), 0) << "cells written, length " << len;
+    }
+}
+
+// The loader skips the neutral fill before a binary parser, so each must
+// give the same x, y, z from any starting table as from a neutral one.
+void expect_independent_of_start(Parser parse, const ByteVec &file) {
+    CorrTable from_neutral = neutral_table();
+    CorrTable from_garbage;
+    std::memset(&from_garbage, 0x7F, sizeof from_garbage);
+    ASSERT_EQ(parse(span(file), from_neutral), VEXO_OK);
+    ASSERT_EQ(parse(span(file), from_garbage), VEXO_OK);
+    for (int k = 0; k < 4225; ++k) {
+        ASSERT_EQ(from_garbage.cell[k].x, from_neutral.cell[k].x) << k;
+        ASSERT_EQ(from_garbage.cell[k].y, from_neutral.cell[k].y) << k;
+        ASSERT_EQ(from_garbage.cell[k].z, from_neutral.cell[k].z) << k;
     }
 }
 
@@ -71,6 +90,7 @@ TEST(CorrLoadUcf, ThreePlanesWithHeader) {
     ASSERT_EQ(vexo::parse_ucf(span(longer), t), VEXO_OK);
     EXPECT_EQ(at(t, 64, 64).z, word(64, 64, 2) - 32767.5);
     expect_truncations_fail(vexo::parse_ucf, file, {16900});
+    expect_independent_of_start(vexo::parse_ucf, file);
 }
 
 TEST(CorrLoadUcf, ShortFormHasNoZ) {
@@ -102,6 +122,7 @@ TEST(CorrLoadCtb, TwoPlanesYFirst) {
             ASSERT_EQ(at(t, r, c).z, -32767.5);
         }
     expect_truncations_fail(vexo::parse_ctb, file, {});
+    expect_independent_of_start(vexo::parse_ctb, file);
     ByteVec y_only(file.begin(), file.begin() + 8450);
     EXPECT_EQ(vexo::parse_ctb(span(y_only), t), VEXO_ERROR_READ_FILE);
 }
@@ -134,6 +155,7 @@ TEST(CorrLoadCt5, EveryFourthEntryOfTheFineGrid) {
     ASSERT_EQ(vexo::parse_ct5(span(zero), t), VEXO_OK);
     EXPECT_EQ(at(t, 1, 2).x, (0xFF000010u) * 0.0625 - 32767.5);
     expect_truncations_fail(vexo::parse_ct5, file, {});
+    expect_independent_of_start(vexo::parse_ct5, file);
 }
 
 TEST(CorrLoadGcd, OffsetsFromA1024Grid) {
@@ -155,12 +177,7 @@ TEST(CorrLoadGcd, OffsetsFromA1024Grid) {
     ASSERT_EQ(vexo::parse_gcd(span(zeros), t), VEXO_OK);
     EXPECT_EQ(at(t, 64, 64).x, 32768.5);
     EXPECT_EQ(at(t, 0, 1).x, -31743.5);
-    // Cells before a truncation keep what was read; the rest stay neutral.
-    ByteVec cut(file.begin(), file.begin() + 10 * 6 + 4);
-    t = neutral_table();
-    ASSERT_EQ(vexo::parse_gcd(span(cut), t), VEXO_ERROR_READ_FILE);
-    EXPECT_EQ(at(t, 0, 9).x, 9 * 1024.0 + offset(0, 9, 0) - 32767.5);
-    EXPECT_EQ(at(t, 0, 10).x, neutral(10));
+    expect_independent_of_start(vexo::parse_gcd, file);
     expect_truncations_fail(vexo::parse_gcd, file, {});
 }
 
@@ -188,12 +205,35 @@ TEST(CorrLoadKxo, HeaderAndSignedPlanes) {
             }
     EXPECT_EQ(at(t, 0, 0).x, -32768.5); // stored -30000 is signed
 
+    // The whole i32 range, pseudo-random, against the scalar formula (the
+    // loader divides two values at a time where the CPU allows).
+    auto spread = [](int r, int c, int axis) -> double {
+        uint32_t h = uint32_t(r * 65 + c + 4225 * axis) * 2654435761u;
+        h ^= h >> 15;
+        if (r == 3 && c == 7)
+            return axis == 0 ? -2147483648.0 : 2147483647.0;
+        return double(int32_t(h * 2246822519u));
+    };
+    const ByteVec wide = kxo_file(header, spread);
+    ASSERT_EQ(vexo::parse_kxo(span(wide), t, head), VEXO_OK);
+    for (int r = 0; r < 65; ++r)
+        for (int c = 0; c < 65; ++c) {
+            ASSERT_EQ(at(t, r, c).x, spread(r, c, 0) / 30000.0 - 32767.5) << r << "," << c;
+            ASSERT_EQ(at(t, r, c).y, spread(r, c, 1) / 30000.0 - 32767.5) << r << "," << c;
+            ASSERT_EQ(at(t, r, c).z, spread(r, c, 2) / 30000.0 - 32767.5) << r << "," << c;
+        }
+    EXPECT_EQ(at(t, 3, 7).x, -2147483648.0 / 30000.0 - 32767.5);
+
     // A truncated file still yields its header (as far as it reaches).
     for (size_t len : {size_t{0}, size_t{3}, size_t{5}, size_t{12}, size_t{50711}}) {
         ByteVec prefix(file.begin(), file.begin() + long(len));
         CorrHead h{};
         std::memset(&h, 0x55, sizeof h);
+        CorrTable before;
+        std::memset(&before, 0xAB, sizeof before);
+        t = before;
         ASSERT_EQ(vexo::parse_kxo(span(prefix), t, h), VEXO_ERROR_READ_FILE);
+        ASSERT_EQ(std::memcmp(&t, &before, sizeof t), 0) << "no cell written";
         EXPECT_EQ(h.version, len >= 2 ? 7 : 0);
         EXPECT_EQ(h.header_size, len >= 4 ? 0x1234 : len == 3 ? 0x1200 : 0);
         EXPECT_EQ(h.tag, len >= 5 ? 0x99 : 0);
@@ -217,6 +257,7 @@ TEST(CorrLoadCrt, FirstValueIsYSecondIsX) {
         }
     EXPECT_EQ(at(t, 4, 0).y, -500.0);
     expect_truncations_fail(vexo::parse_crt, file, {});
+    expect_independent_of_start(vexo::parse_crt, file);
 }
 
 TEST(CorrLoadCor, ScaledPlainAndIntegerLayouts) {
@@ -234,6 +275,7 @@ TEST(CorrLoadCor, ScaledPlainAndIntegerLayouts) {
             ASSERT_EQ(at(t, r, c).z, 0.0);
         }
     expect_truncations_fail(vexo::parse_cor, scaled, {});
+    expect_independent_of_start(vexo::parse_cor, scaled);
 
     const ByteVec plain = cor_plain_file(delta);
     ASSERT_EQ(plain.size(), 519u + 4225 * 16);
@@ -245,6 +287,7 @@ TEST(CorrLoadCor, ScaledPlainAndIntegerLayouts) {
             ASSERT_EQ(at(t, r, c).y, neutral(r) - delta(r, c, 1));
         }
     expect_truncations_fail(vexo::parse_cor, plain, {});
+    expect_independent_of_start(vexo::parse_cor, plain);
 
     auto int_delta = [](int r, int c, int axis) -> double {
         return axis == 0 ? c * 3 - 100 : -(r * 5) + 7;
@@ -262,6 +305,7 @@ TEST(CorrLoadCor, ScaledPlainAndIntegerLayouts) {
     ByteVec no_trailer(ezcad.begin(), ezcad.end() - 4);
     EXPECT_EQ(vexo::parse_cor(span(no_trailer), t), VEXO_OK);
     expect_truncations_fail(vexo::parse_cor, no_trailer, {});
+    expect_independent_of_start(vexo::parse_cor, ezcad);
 }
 
 TEST(CorrLoadFcr, FineLinesFoldOntoNodes) {
@@ -314,6 +358,7 @@ TEST(CorrLoadFcr, FineLinesFoldOntoNodes) {
     for (int k = 0; k < 4225; ++k)
         ASSERT_EQ(u.cell[k].x, t.cell[k].x);
     expect_truncations_fail(vexo::parse_fcr, bare, {});
+    expect_independent_of_start(vexo::parse_fcr, file);
 }
 
 TEST(CorrLoadBinary, EmptyInputFailsEveryParser) {
