@@ -77,23 +77,19 @@ void build_channel_tables(const GammaTable &gamma, const ColourLevels &levels,
 namespace {
 
 // Eight pixels are 24 bytes, three 64-bit words whose byte i always has
-// channel i % 3.  Loading whole words before storing keeps dst == src safe
-// and lets the loop do one store per eight bytes instead of one per byte.
+// channel i % 3.  The block is read whole before it is stored, which keeps
+// dst == src safe, and the loop does one store per eight bytes instead of
+// one per byte.
 constexpr size_t kBlockPixels = 8;
 constexpr size_t kBlockBytes = kBlockPixels * kColourChannels;
 
-// Maps the eight bytes of a word whose channels run a, b, c, a, b, c, a, b.
-inline uint64_t map_word(uint64_t w, const uint8_t *a, const uint8_t *b, const uint8_t *c) {
-    return uint64_t{a[w & 0xFF]} | uint64_t{b[(w >> 8) & 0xFF]} << 8 |
-           uint64_t{c[(w >> 16) & 0xFF]} << 16 | uint64_t{a[(w >> 24) & 0xFF]} << 24 |
-           uint64_t{b[(w >> 32) & 0xFF]} << 32 | uint64_t{c[(w >> 40) & 0xFF]} << 40 |
-           uint64_t{a[(w >> 48) & 0xFF]} << 48 | uint64_t{b[w >> 56]} << 56;
-}
-
-inline uint64_t load_word(const uint8_t *p) {
-    uint64_t w;
-    std::memcpy(&w, p, sizeof w);
-    return w;
+// Maps eight bytes whose channels run a, b, c, a, b, c, a, b into one word.
+// The bytes are read straight from memory (a load each, no shifting to
+// extract them); all eight are read before the word is stored.
+inline uint64_t map_word(const uint8_t *s, const uint8_t *a, const uint8_t *b, const uint8_t *c) {
+    return uint64_t{a[s[0]]} | uint64_t{b[s[1]]} << 8 | uint64_t{c[s[2]]} << 16 |
+           uint64_t{a[s[3]]} << 24 | uint64_t{b[s[4]]} << 32 | uint64_t{c[s[5]]} << 40 |
+           uint64_t{a[s[6]]} << 48 | uint64_t{b[s[7]]} << 56;
 }
 
 inline void store_word(uint8_t *p, uint64_t w) { std::memcpy(p, &w, sizeof w); }
@@ -119,14 +115,14 @@ void map_pixels(uint8_t *dst, const uint8_t *src, size_t pixels, const ChannelTa
         const size_t blocks = pixels / kBlockPixels;
         for (size_t blk = 0; blk < blocks; ++blk) {
             const size_t at = blk * kBlockBytes;
-            const uint64_t w0 = load_word(src + at);
-            const uint64_t w1 = load_word(src + at + 8);
-            const uint64_t w2 = load_word(src + at + 16);
             // Word 0 starts on channel 0, word 1 on channel 2 (byte 8), word
             // 2 on channel 1 (byte 16).
-            store_word(dst + at, map_word(w0, t0, t1, t2));
-            store_word(dst + at + 8, map_word(w1, t2, t0, t1));
-            store_word(dst + at + 16, map_word(w2, t1, t2, t0));
+            const uint64_t w0 = map_word(src + at, t0, t1, t2);
+            const uint64_t w1 = map_word(src + at + 8, t2, t0, t1);
+            const uint64_t w2 = map_word(src + at + 16, t1, t2, t0);
+            store_word(dst + at, w0);
+            store_word(dst + at + 8, w1);
+            store_word(dst + at + 16, w2);
         }
         done = blocks * kBlockPixels;
     }
