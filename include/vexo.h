@@ -509,13 +509,16 @@ VEXO_API void vexo_clip_release(ClipHandle *clip);
 /* Union (mode & 1) or difference (mode & 2) of the subject with `points`,
  * even-odd filling, into the result (neither bit: empty result).  VEXO_OK;
  * VEXO_ERROR_INVALID_PARAMETER for a NULL handle/points, count 0 or a
- * coordinate out of range; VEXO_ERROR_NO_MEMORY.  The subject is kept. */
+ * coordinate out of range; VEXO_ERROR_NO_MEMORY (also when Clipper reports
+ * a failed execution).  The subject is kept. */
 VEXO_API uint32_t vexo_clip_bool(ClipHandle *clip, const GeomPoint *points,
                                  uint32_t count, uint32_t mode);
 /* Offset every subject path by `distance` (grows when positive) with the join
- * chosen by mode (miter limit 2, arc tolerance 0.25) into the result.
- * VEXO_OK; VEXO_ERROR_INVALID_PARAMETER when no join bit is set or the
- * handle is NULL; VEXO_ERROR_NO_MEMORY. */
+ * chosen by mode (miter limit 2, arc tolerance 0.25) into the result.  Holes
+ * are told by orientation (opposite to the outermost path), not even-odd.
+ * VEXO_OK; VEXO_ERROR_INVALID_PARAMETER when no join bit is set, the handle
+ * is NULL, |distance| is not finite or above 1e10, or a subject coordinate
+ * is out of range; VEXO_ERROR_NO_MEMORY.  The subject is kept. */
 VEXO_API uint32_t vexo_clip_outline(ClipHandle *clip, uint32_t mode, double distance);
 /* The result paths as a new array, each path closed by a copy of its first
  * point flagged VEXO_POINT_END; z comes from subject path 0.  NULL with
