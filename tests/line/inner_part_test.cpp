@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <memory>
 
 #include "vexo.h"
@@ -30,111 +29,74 @@ Part clip(const GeomPoint &a, const GeomPoint &b, const double *rect = kRect) {
     return Part(vexo_line_get_inner_part(&a, &b, rect));
 }
 
-void expect_point(const GeomPoint &p, double x, double y, double z, uint32_t flags) {
-    EXPECT_EQ(p.x, x);
-    EXPECT_EQ(p.y, y);
-    EXPECT_EQ(p.z, z);
-    EXPECT_EQ(p.flags, flags);
+struct ClipCase {
+    const char *what;
+    GeomPoint a, b;
+    GeomPoint first, second; // expected x, y, z, flags
+};
+
+const ClipCase kCases[] = {
+    {"wholly inside: copies with their own flags", pt(1, 1, 5, 0x44), pt(2, 3, 6, 0x02),
+     pt(1, 1, 5, 0x44), pt(2, 3, 6, 0x02)},
+    {"on the border counts as inside", pt(0, 0, 0, 1), pt(10, 10), pt(0, 0, 0, 1), pt(10, 10)},
+    {"inside to outside: a, then the exit with z along a-b", pt(5, 5, 0, 0x41),
+     pt(15, 5, 10, 0x04), pt(5, 5, 0, 0x40), pt(10, 5, 5, 0x01)},
+    {"outside to inside: the entry, then b", pt(15, 5, 10), pt(5, 5, 0, 0x40),
+     pt(10, 5, 5, 0x00), pt(5, 5, 0, 0x41)},
+    {"through, rightward", pt(-5, 5, 0), pt(15, 5, 20), pt(0, 5, 5), pt(10, 5, 15, 1)},
+    {"through, leftward", pt(15, 5, 20), pt(-5, 5, 0), pt(10, 5, 15), pt(0, 5, 5, 1)},
+    {"through, upward", pt(5, -5), pt(5, 15), pt(5, 0), pt(5, 10, 0, 1)},
+    {"through, downward", pt(5, 15), pt(5, -5), pt(5, 10), pt(5, 0, 0, 1)},
+    {"corner to corner", pt(-5, 15), pt(15, -5), pt(0, 10), pt(10, 0, 0, 1)},
+    // A corner is found on both edges that meet there, which fills both
+    // slots: the inside end b is then not used.
+    {"entering through the top-left corner", pt(-5, 15), pt(5, 5, 0, 0x40), pt(0, 10),
+     pt(0, 10, 0, 1)},
+    {"grazing the top-left corner", pt(-5, 5), pt(5, 15), pt(0, 10), pt(0, 10, 0, 1)},
+    {"entering through the bottom-right corner", pt(15, -5), pt(5, 5), pt(10, 0),
+     pt(10, 0, 0, 1)},
+    // The top edge is coincident, not crossed; the side edges meet it.
+    {"along the top edge", pt(-5, 10), pt(15, 10), pt(0, 10), pt(10, 10, 0, 1)},
+};
+
+TEST(LineInnerPart, WorkedCases) {
+    for (const ClipCase &c : kCases) {
+        SCOPED_TRACE(c.what);
+        Part part = clip(c.a, c.b);
+        ASSERT_TRUE(part);
+        for (int i = 0; i < 2; ++i) {
+            const GeomPoint &got = part.get()[i];
+            const GeomPoint &want = i == 0 ? c.first : c.second;
+            EXPECT_EQ(got.x, want.x) << i;
+            EXPECT_EQ(got.y, want.y) << i;
+            EXPECT_EQ(got.z, want.z) << i;
+            EXPECT_EQ(got.flags, want.flags) << i;
+        }
+    }
 }
 
-TEST(LineInnerPart, WhollyInsideIsACopyWithOwnFlags) {
-    GeomPoint a = pt(1, 1, 5, 0x44);
-    GeomPoint b = pt(2, 3, 6, 0x02);
+TEST(LineInnerPart, PaddingBytes) {
+    GeomPoint a = pt(5, 5), b = pt(6, 6);
     a.reserved = 0xabcdef01;
     Part part = clip(a, b);
     ASSERT_TRUE(part);
-    expect_point(part.get()[0], 1, 1, 5, 0x44);
-    expect_point(part.get()[1], 2, 3, 6, 0x02); // no end flag added here
-    EXPECT_EQ(part.get()[0].reserved, 0xabcdef01u);
-    // On the border counts as inside.
-    part = clip(pt(0, 0, 0, 1), pt(10, 10, 0, 0));
+    EXPECT_EQ(part.get()[0].reserved, 0xabcdef01u); // whole-record copy
+    part = clip(a, pt(15, 5));
     ASSERT_TRUE(part);
-    expect_point(part.get()[0], 0, 0, 0, 1);
-    expect_point(part.get()[1], 10, 10, 0, 0);
-}
-
-TEST(LineInnerPart, InsideToOutsideRunsFromAToTheExit) {
-    Part part = clip(pt(5, 5, 0, 0x41), pt(15, 5, 10, 0x04));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 5, 5, 0, 0x40); // a without its end flag
-    expect_point(part.get()[1], 10, 5, 5, 0x01); // crossing: z along a-b
-    EXPECT_EQ(part.get()[1].reserved, 0u);       // zero-filled block
-}
-
-TEST(LineInnerPart, OutsideToInsideRunsFromTheEntryToB) {
-    Part part = clip(pt(15, 5, 10), pt(5, 5, 0, 0x40));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 10, 5, 5, 0x00);
-    expect_point(part.get()[1], 5, 5, 0, 0x41);
-}
-
-TEST(LineInnerPart, ThroughTheRectangleInBothDirections) {
-    Part part = clip(pt(-5, 5, 0), pt(15, 5, 20));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 0, 5, 5, 0);
-    expect_point(part.get()[1], 10, 5, 15, 1);
-    part = clip(pt(15, 5, 20), pt(-5, 5, 0));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 10, 5, 15, 0);
-    expect_point(part.get()[1], 0, 5, 5, 1);
-    // Vertical, upward and downward.
-    part = clip(pt(5, -5), pt(5, 15));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 5, 0, 0, 0);
-    expect_point(part.get()[1], 5, 10, 0, 1);
-    part = clip(pt(5, 15), pt(5, -5));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 5, 10, 0, 0);
-    expect_point(part.get()[1], 5, 0, 0, 1);
-    // Diagonal from corner to corner: top-left then bottom-right.
-    part = clip(pt(-5, 15), pt(15, -5));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 0, 10, 0, 0);
-    expect_point(part.get()[1], 10, 0, 0, 1);
-}
-
-TEST(LineInnerPart, CornerCrossingsCountTwice) {
-    // Entering through the top-left corner and ending inside: the corner is
-    // found on the top and on the left edge, which fills both slots, so the
-    // inside end b is not used.
-    Part part = clip(pt(-5, 15), pt(5, 5, 0, 0x40));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 0, 10, 0, 0);
-    expect_point(part.get()[1], 0, 10, 0, 1);
-    // Grazing the corner from outside gives the same degenerate piece.
-    part = clip(pt(-5, 5), pt(5, 15));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 0, 10, 0, 0);
-    expect_point(part.get()[1], 0, 10, 0, 1);
-    // Entering through the bottom-right corner: found on the right edge and
-    // then on the bottom edge.
-    part = clip(pt(15, -5), pt(5, 5));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 10, 0, 0, 0);
-    expect_point(part.get()[1], 10, 0, 0, 1);
-}
-
-TEST(LineInnerPart, AlongAnEdge) {
-    // Lying on the top edge: that edge is coincident, not crossed; the side
-    // edges are met at the corners.
-    Part part = clip(pt(-5, 10), pt(15, 10));
-    ASSERT_TRUE(part);
-    expect_point(part.get()[0], 0, 10, 0, 0);
-    expect_point(part.get()[1], 10, 10, 0, 1);
+    EXPECT_EQ(part.get()[1].reserved, 0u); // crossing in a zero-filled block
 }
 
 TEST(LineInnerPart, MissesAndBadArguments) {
-    EXPECT_FALSE(clip(pt(-5, 1), pt(-1, 9)));   // both left
-    EXPECT_FALSE(clip(pt(11, 1), pt(12, 9)));   // both right
-    EXPECT_FALSE(clip(pt(1, 11), pt(9, 12)));   // both above
-    EXPECT_FALSE(clip(pt(1, -1), pt(9, -12)));  // both below
-    EXPECT_FALSE(clip(pt(6, -5), pt(15, 3)));   // passes the bottom-right corner
-    EXPECT_FALSE(clip(pt(-5, 4), pt(4, 20)));   // passes the top-left corner
+    EXPECT_FALSE(clip(pt(-5, 1), pt(-1, 9)));  // both left
+    EXPECT_FALSE(clip(pt(11, 1), pt(12, 9)));  // both right
+    EXPECT_FALSE(clip(pt(1, 11), pt(9, 12)));  // both above
+    EXPECT_FALSE(clip(pt(1, -1), pt(9, -12))); // both below
+    EXPECT_FALSE(clip(pt(6, -5), pt(15, 3)));  // passes the bottom-right corner
+    EXPECT_FALSE(clip(pt(-5, 4), pt(4, 20)));  // passes the top-left corner
     const GeomPoint a = pt(1, 1), b = pt(2, 2);
     EXPECT_EQ(vexo_line_get_inner_part(nullptr, &b, kRect), nullptr);
     EXPECT_EQ(vexo_line_get_inner_part(&a, nullptr, kRect), nullptr);
     EXPECT_EQ(vexo_line_get_inner_part(&a, &b, nullptr), nullptr);
-    // A NaN rectangle matches nothing and does not crash.
     const double nan_rect[6] = {NAN, NAN, NAN, NAN, NAN, NAN};
     EXPECT_FALSE(clip(a, b, nan_rect));
 }
