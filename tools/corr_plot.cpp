@@ -15,16 +15,20 @@ namespace tool {
 
 namespace {
 
+constexpr int kSubpixelBits = 4;
+
 struct Canvas {
     int size;       // square plot area in pixels
     int margin;     // around the plot area
     int legend;     // width of the z legend on the right
     int caption;    // height of the caption below
 
-    // Output units to pixels; Y grows upwards in the field.
-    cv::Point2d to_pixel(double x, double y) const {
+    // Output units to pixels in 1/16 steps (drawn with kSubpixelBits), so
+    // smooth grids do not zigzag on whole pixels; Y grows upwards.
+    cv::Point to_pixel(double x, double y) const {
         const double scale = (size - 1) / (2.0 * 32767.5 * 1.15);
-        return {margin + size / 2.0 + x * scale, margin + size / 2.0 - y * scale};
+        return {int(std::lround(16.0 * (margin + size / 2.0 + x * scale))),
+                int(std::lround(16.0 * (margin + size / 2.0 - y * scale)))};
     }
 };
 
@@ -44,10 +48,10 @@ void draw_grid(cv::Mat3b &img, const Canvas &cv, const CorrTable &t, const CorrT
     };
     for (int r = 0; r < 65; r += 4)
         for (int c = 0; c + 1 < 65; ++c)
-            cv::line(img, at(r, c), at(r, c + 1), colour, thickness, cv::LINE_AA);
+            cv::line(img, at(r, c), at(r, c + 1), colour, thickness, cv::LINE_AA, kSubpixelBits);
     for (int c = 0; c < 65; c += 4)
         for (int r = 0; r + 1 < 65; ++r)
-            cv::line(img, at(r, c), at(r + 1, c), colour, thickness, cv::LINE_AA);
+            cv::line(img, at(r, c), at(r + 1, c), colour, thickness, cv::LINE_AA, kSubpixelBits);
 }
 
 void draw_nodes(cv::Mat3b &img, const Canvas &cv, const CorrTable &t, const CorrTable &neutral,
@@ -57,8 +61,8 @@ void draw_nodes(cv::Mat3b &img, const Canvas &cv, const CorrTable &t, const Corr
             const GeomPoint &p = t.cell[r * 65 + c], &n = neutral.cell[r * 65 + c];
             const cv::Vec3b col = z_colour(p.z, z_min, z_max);
             cv::circle(img, cv.to_pixel(n.x + k * (p.x - n.x), n.y + k * (p.y - n.y)),
-                       std::max(2, cv.size / 160), cv::Scalar(col[0], col[1], col[2]),
-                       cv::FILLED, cv::LINE_AA);
+                       16 * std::max(2, cv.size / 160), cv::Scalar(col[0], col[1], col[2]),
+                       cv::FILLED, cv::LINE_AA, kSubpixelBits);
         }
 }
 
