@@ -1,6 +1,7 @@
 // Small helpers shared by the test programs.
 #pragma once
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -25,7 +26,22 @@ inline GeomPoint point(double x, double y, double z = 0.0, uint32_t flags = 0) {
     return p;
 }
 
+// Coordinates of a point, compared exactly in one assertion.
+using Xyz = std::array<double, 3>;
+inline Xyz xyz(const GeomPoint &p) { return {p.x, p.y, p.z}; }
+inline Xyz xyz(const double *v) { return {v[0], v[1], v[2]}; }
+
 // A count whose byte size no machine can allocate (about 128 GiB).
 constexpr uint32_t kHugeCount = 0xF0000000u;
+
+// The f64 values of the nearest f32 to pi and 2pi, which the library's angle
+// conversions use instead of the full-precision constants.
+constexpr double kPiF = 3.1415927410125732;
+constexpr double kTwoPiF = 6.2831854820251465;
+
+// Bit-for-bit equality of n records (padding, signed zeros and NaNs included).
+template <class T> bool same_bytes(const T &a, const T &b, size_t n = 1) {
+    return std::memcmp(&a, &b, n * sizeof(T)) == 0;
+}
 
 } // namespace vexo_test
