@@ -1,273 +1,181 @@
 // Field scaling, focus compensation, local adjustment and trapezoid
 // correction on known tables.
-#include <gtest/gtest.h>
+#include "fixtures.hpp"
 
-#include <cmath>
-#include <cstring>
-#include <memory>
-
-#include "vexo.h"
+using namespace vexo_test;
 
 namespace {
 
 constexpr double kPitch = 1023.984375; // 65535 / 64
 
-std::unique_ptr<CorrTable> neutral_table() {
-    auto table = std::make_unique<CorrTable>();
-    std::memset(table.get(), 0, sizeof(CorrTable));
-    vexo_corr_set_neutral(table.get());
+// Neutral, with flags that no adjustment may touch.
+CorrTable flagged_table() {
+    CorrTable t = neutral_table();
     for (int k = 0; k < 4225; ++k)
-        table->cell[k].flags = 0x5A5Au + static_cast<uint32_t>(k);
-    return table;
+        t.cell[k].flags = 0x5A5Au + uint32_t(k);
+    return t;
 }
 
-GeomPoint &at(CorrTable &t, int row, int column) { return t.cell[row * 65 + column]; }
+} // namespace
 
-bool same(const CorrTable &a, const CorrTable &b) {
-    return std::memcmp(&a, &b, sizeof(CorrTable)) == 0;
-}
-
-int changed_cells(const CorrTable &a, const CorrTable &b) {
-    int n = 0;
-    for (int k = 0; k < 4225; ++k)
-        n += std::memcmp(&a.cell[k], &b.cell[k], sizeof(GeomPoint)) != 0;
-    return n;
-}
-
-TEST(CorrSetScale, RimStaysCentreShrinksAndWorkedNodes) {
-    auto t = neutral_table();
-    ASSERT_EQ(at(*t, 32, 16).x, -16383.75);
-    ASSERT_EQ(vexo_corr_set_scale(t.get(), 0.5), VEXO_OK);
-    EXPECT_EQ(at(*t, 32, 32).x, 0.0);
-    EXPECT_EQ(at(*t, 32, 32).y, 0.0);
+TEST(CorrSetScale, CentreShrinksRimStaysAndZeroIsRefused) {
+    const CorrTable before = flagged_table();
+    CorrTable t = before;
+    ASSERT_EQ(vexo_corr_set_scale(&t, 0.5), VEXO_OK);
     // Radius 32767.5 * 0.5 is the fixed rim; twice that collapses to 0.
-    EXPECT_EQ(at(*t, 32, 16).x, -16383.75);
-    EXPECT_EQ(at(*t, 32, 16).y, 0.0);
-    EXPECT_EQ(at(*t, 32, 0).x, 0.0);
-    EXPECT_EQ(at(*t, 16, 32).y, -16383.75);
-    EXPECT_EQ(at(*t, 7, 9).flags, 0x5A5Au + 7 * 65 + 9);
-    EXPECT_EQ(at(*t, 7, 9).z, 0.0);
-
-    // Scale 2, node (32, 16): x' = -8191.875, d = 0.25, k = 1.25.
-    t = neutral_table();
-    ASSERT_EQ(vexo_corr_set_scale(t.get(), 2), VEXO_OK);
-    EXPECT_EQ(at(*t, 32, 16).x, -10239.84375);
-
-    // Scale 1 changes nothing beyond rounding.
-    t = neutral_table();
-    auto before = neutral_table();
-    ASSERT_EQ(vexo_corr_set_scale(t.get(), 1), VEXO_OK);
+    EXPECT_TRUE(at(t, 32, 32).x == 0 && at(t, 32, 32).y == 0);
+    EXPECT_TRUE(at(t, 32, 16).x == -16383.75 && at(t, 32, 16).y == 0);
+    EXPECT_EQ(at(t, 16, 32).y, -16383.75);
+    EXPECT_EQ(at(t, 32, 0).x, 0.0);
+    EXPECT_TRUE(at(t, 7, 9).flags == at(before, 7, 9).flags && at(t, 7, 9).z == 0);
+    t = before; // scale 2, node (32, 16): x' = -8191.875, d = 0.25, k = 1.25
+    ASSERT_EQ(vexo_corr_set_scale(&t, 2), VEXO_OK);
+    EXPECT_EQ(at(t, 32, 16).x, -10239.84375);
+    t = before;
+    ASSERT_EQ(vexo_corr_set_scale(&t, 1), VEXO_OK);
     for (int k = 0; k < 4225; ++k) {
-        ASSERT_NEAR(t->cell[k].x, before->cell[k].x, 1e-9);
-        ASSERT_NEAR(t->cell[k].y, before->cell[k].y, 1e-9);
+        ASSERT_NEAR(t.cell[k].x, before.cell[k].x, 1e-9);
+        ASSERT_NEAR(t.cell[k].y, before.cell[k].y, 1e-9);
     }
-}
-
-TEST(CorrSetScale, ZeroScaleAndNullAreRefused) {
-    auto t = neutral_table();
-    auto before = neutral_table();
-    EXPECT_EQ(vexo_corr_set_scale(t.get(), 0), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(vexo_corr_set_scale(t.get(), -0.0), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_TRUE(same(*t, *before));
+    t = before;
+    EXPECT_EQ(vexo_corr_set_scale(&t, 0), VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(vexo_corr_set_scale(&t, -0.0), VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_TRUE(same(t, before));
     EXPECT_EQ(vexo_corr_set_scale(nullptr, 1), VEXO_ERROR_INVALID_PARAMETER);
 }
 
-TEST(CorrSetFocal, FlatFieldFocusPlane) {
-    auto t = neutral_table();
-    for (GeomPoint &cell : t->cell)
+TEST(CorrSetFocal, FlatFieldPlaneTargetRescaleAndZeroFieldRefused) {
+    const CorrTable before = flagged_table();
+    CorrTable t = before;
+    for (GeomPoint &cell : t.cell)
         cell.z = 123; // discarded
     // Field 65535 puts node (32, 64) at X = 32767.5; with f = 4/3 of that the
     // slanted beam is 5/3 of it (a 3-4-5 triangle): z = -(54612.5 - 43690).
-    ASSERT_EQ(vexo_corr_set_focal(t.get(), 43690, 65535, 65535), VEXO_OK);
-    EXPECT_DOUBLE_EQ(at(*t, 32, 64).z, -10922.5);
-    EXPECT_DOUBLE_EQ(at(*t, 64, 32).z, -10922.5);
-    EXPECT_EQ(at(*t, 32, 32).z, 0.0);
-    auto neutral = neutral_table();
+    ASSERT_EQ(vexo_corr_set_focal(&t, 43690, 65535, 65535), VEXO_OK);
+    EXPECT_DOUBLE_EQ(at(t, 32, 64).z, -10922.5);
+    EXPECT_DOUBLE_EQ(at(t, 64, 32).z, -10922.5);
+    EXPECT_EQ(at(t, 32, 32).z, 0.0);
+    EXPECT_LT(at(t, 0, 0).z, at(t, 0, 32).z);
     for (int k = 0; k < 4225; ++k) {
-        ASSERT_LE(t->cell[k].z, 0.0);
-        ASSERT_EQ(t->cell[k].x, neutral->cell[k].x);
-        ASSERT_EQ(t->cell[k].y, neutral->cell[k].y);
-        ASSERT_EQ(t->cell[k].flags, neutral->cell[k].flags);
+        ASSERT_LE(t.cell[k].z, 0.0);
+        ASSERT_TRUE(t.cell[k].x == before.cell[k].x && t.cell[k].y == before.cell[k].y);
+        ASSERT_EQ(t.cell[k].flags, before.cell[k].flags);
     }
-    // Farther from the centre means more pull-in.
-    EXPECT_LT(at(*t, 0, 0).z, at(*t, 0, 32).z);
-}
-
-TEST(CorrSetFocal, TargetSizeRescalesAndZeroFieldIsRefused) {
-    auto once = neutral_table();
-    auto twice = neutral_table();
-    ASSERT_EQ(vexo_corr_set_focal(once.get(), 160, 110, 110), VEXO_OK);
-    ASSERT_EQ(vexo_corr_set_focal(twice.get(), 160, 110, 220), VEXO_OK);
+    CorrTable once = before, twice = before;
+    ASSERT_EQ(vexo_corr_set_focal(&once, 160, 110, 110), VEXO_OK);
+    ASSERT_EQ(vexo_corr_set_focal(&twice, 160, 110, 220), VEXO_OK);
     for (int k = 0; k < 4225; ++k)
-        ASSERT_EQ(twice->cell[k].z, 2 * once->cell[k].z);
-    EXPECT_LT(once->cell[0].z, 0.0);
-
-    EXPECT_EQ(vexo_corr_set_focal(once.get(), 160, 0, 110), VEXO_ERROR_INVALID_PARAMETER);
-    auto after_refusal = neutral_table();
-    ASSERT_EQ(vexo_corr_set_focal(after_refusal.get(), 160, 110, 110), VEXO_OK);
-    EXPECT_TRUE(same(*once, *after_refusal));
+        ASSERT_EQ(twice.cell[k].z, 2 * once.cell[k].z);
+    t = once;
+    EXPECT_EQ(vexo_corr_set_focal(&t, 160, 0, 110), VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_TRUE(same(t, once));
     EXPECT_EQ(vexo_corr_set_focal(nullptr, 160, 110, 110), VEXO_ERROR_INVALID_PARAMETER);
 }
 
-TEST(CorrAdjustSingle, NoErrorNoChangeInEveryMode) {
-    const double p[2] = {1000.5, -2000.25};
+TEST(CorrAdjustSingle, NoErrorModeZeroAndNullChangeNothing) {
+    const CorrTable before = flagged_table();
+    const double p[2] = {1000.5, -2000.25}, from[2] = {0, 0}, to[2] = {100, 100};
     for (int32_t mode : {0, 1, 2, 3, 7, -1}) {
-        auto t = neutral_table();
-        auto before = neutral_table();
-        EXPECT_EQ(vexo_corr_adjust_single(t.get(), p, p, 50, mode), VEXO_OK);
-        EXPECT_TRUE(same(*t, *before)) << "mode " << mode;
+        CorrTable t = before;
+        EXPECT_EQ(vexo_corr_adjust_single(&t, p, p, 50, mode), VEXO_OK);
+        EXPECT_EQ(vexo_corr_adjust_single(&t, from, to, 30, mode & ~3), VEXO_OK);
+        EXPECT_TRUE(same(t, before)) << mode;
     }
-    // Mode 0 with a real error does nothing either.
-    const double from[2] = {0, 0}, to[2] = {100, 100};
-    auto t = neutral_table();
-    auto before = neutral_table();
-    EXPECT_EQ(vexo_corr_adjust_single(t.get(), from, to, 30, 0), VEXO_OK);
-    EXPECT_TRUE(same(*t, *before));
+    CorrTable t = before;
+    EXPECT_EQ(vexo_corr_adjust_single(nullptr, p, p, 1, 3), VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(vexo_corr_adjust_single(&t, nullptr, p, 1, 3), VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(vexo_corr_adjust_single(&t, p, nullptr, 1, 3), VEXO_ERROR_INVALID_PARAMETER);
 }
 
-TEST(CorrAdjustSingle, BothAxesMoveSingleNodesInsideTheRadius) {
+TEST(CorrAdjustSingle, BothBitsMoveEachNodeFromWhereItWas) {
+    const CorrTable before = flagged_table();
     // to = centre node, error one pitch along x, radius one pitch: the
-    // neighbour at exactly that distance stays, the centre moves 0.95 of it.
+    // neighbours at exactly that distance stay, the centre moves 0.95 of it.
     const double from[2] = {-kPitch, 0}, to[2] = {0, 0};
-    auto t = neutral_table();
-    auto before = neutral_table();
-    ASSERT_EQ(vexo_corr_adjust_single(t.get(), from, to, 1, 3), VEXO_OK);
-    EXPECT_EQ(at(*t, 32, 32).x, -972.78515625);
-    EXPECT_EQ(at(*t, 32, 32).y, 0.0);
-    EXPECT_EQ(changed_cells(*t, *before), 1);
-
-    // Wider radius: every node is judged from where it was, whatever its
-    // neighbours did; the high bits of mode do not count.
-    const double from2[2] = {300, -200}, to2[2] = {500, 100};
-    const double dx = 200, dy = 300, radius = std::sqrt(dx * dx + dy * dy) * 6;
-    t = neutral_table();
-    ASSERT_EQ(vexo_corr_adjust_single(t.get(), from2, to2, 6, 3 | 8), VEXO_OK);
+    CorrTable t = before;
+    ASSERT_EQ(vexo_corr_adjust_single(&t, from, to, 1, 3), VEXO_OK);
+    EXPECT_EQ(at(t, 32, 32).x, -972.78515625);
+    at(t, 32, 32).x = 0;
+    EXPECT_TRUE(same(t, before));
+    // A wider radius; bits above the low two do not count.
+    const double from2[2] = {300, -200}, to2[2] = {500, 100}, radius = std::hypot(200, 300) * 6;
+    t = before;
+    ASSERT_EQ(vexo_corr_adjust_single(&t, from2, to2, 6, 3 | 8), VEXO_OK);
     int moved = 0;
     for (int k = 0; k < 4225; ++k) {
-        const GeomPoint &was = before->cell[k];
+        const GeomPoint &was = before.cell[k];
         const double rho = std::hypot(was.x - 500, was.y - 100);
         const double a = rho < radius ? (radius - rho) / radius * 0.95 : 0;
         moved += a > 0;
-        ASSERT_NEAR(t->cell[k].x, was.x - dx * a, 1e-9);
-        ASSERT_NEAR(t->cell[k].y, was.y - dy * a, 1e-9);
-        ASSERT_EQ(t->cell[k].z, 0.0);
-        ASSERT_EQ(t->cell[k].flags, before->cell[k].flags);
+        ASSERT_NEAR(t.cell[k].x, was.x - 200 * a, 1e-9);
+        ASSERT_NEAR(t.cell[k].y, was.y - 300 * a, 1e-9);
+        ASSERT_TRUE(t.cell[k].z == 0 && t.cell[k].flags == was.flags);
     }
     EXPECT_GT(moved, 4);
 }
 
-TEST(CorrAdjustSingle, LineModesCrossRowsAndColumns) {
-    // Error observed at node (row 10, column 20), radius small enough that
-    // only that node is in reach.
-    const double tx = 20 * kPitch - 32767.5, ty = 10 * kPitch - 32767.5;
-    const double to[2] = {tx, ty}, from_y[2] = {tx, ty - 100}, from_x[2] = {tx - 100, ty};
-
-    auto t = neutral_table();
-    auto before = neutral_table();
-    ASSERT_EQ(vexo_corr_adjust_single(t.get(), from_y, to, 1, 1), VEXO_OK);
-    for (int r = 0; r < 65; ++r)
-        for (int c = 0; c < 65; ++c) {
-            const double shift = r == 20 ? 100 * 0.95 : 0;
-            ASSERT_EQ(at(*t, r, c).y, at(*before, r, c).y - shift) << r << "," << c;
-            ASSERT_EQ(at(*t, r, c).x, at(*before, r, c).x);
+TEST(CorrAdjustSingle, LineModesCrossRowsAndColumnsInVisitingOrder) {
+    const CorrTable before = flagged_table();
+    // An error at node (row 10, column 20), in reach of that node only:
+    // mode 1 moves y along row 20, mode 2 moves x along column 10.
+    const double tx = 20 * kPitch - 32767.5, ty = 10 * kPitch - 32767.5, to[2] = {tx, ty};
+    for (int mode : {1, 2}) {
+        const double from[2] = {mode == 2 ? tx - 100 : tx, mode == 1 ? ty - 100 : ty};
+        CorrTable t = before;
+        ASSERT_EQ(vexo_corr_adjust_single(&t, from, to, 1, mode), VEXO_OK);
+        for (int k = 0; k < 4225; ++k) {
+            const bool on_line = mode == 1 ? k / 65 == 20 : k % 65 == 10;
+            ASSERT_EQ(t.cell[k].y, before.cell[k].y - (mode == 1 && on_line ? 100 * 0.95 : 0)) << k;
+            ASSERT_EQ(t.cell[k].x, before.cell[k].x - (mode == 2 && on_line ? 100 * 0.95 : 0)) << k;
         }
-
-    t = neutral_table();
-    ASSERT_EQ(vexo_corr_adjust_single(t.get(), from_x, to, 1, 2), VEXO_OK);
-    for (int r = 0; r < 65; ++r)
-        for (int c = 0; c < 65; ++c) {
-            const double shift = c == 10 ? 100 * 0.95 : 0;
-            ASSERT_EQ(at(*t, r, c).x, at(*before, r, c).x - shift) << r << "," << c;
-            ASSERT_EQ(at(*t, r, c).y, at(*before, r, c).y);
-        }
-}
-
-TEST(CorrAdjustSingle, RowModeJudgesNodesWhereEarlierMovesLeftThem) {
+    }
     // to = node (5, 5), error 800 in y, radius 1280: nodes (5, 4), (4, 5),
-    // (5, 5), (6, 5), (5, 6) are in reach at the start.  Worked through in
-    // visiting order (column by column):
-    const double p = kPitch, R = 1280, dy = 800;
-    const double ty = 5 * p - 32767.5, tx = ty;
-    const double to[2] = {tx, ty}, from[2] = {tx, ty - dy};
+    // (5, 5), (6, 5) and (5, 6) start in reach. Visited column by column,
+    // each is judged where the earlier moves left it.
+    const double p = kPitch, R = 1280, dy = 800, t5 = 5 * p - 32767.5;
+    const double to5[2] = {t5, t5}, from5[2] = {t5, t5 - dy};
     auto weight = [&](double rho) { return rho < R ? (R - rho) / R * 0.95 : 0.0; };
-    // (5, 4): distance p; moves row 4, which holds (4, 5), away from `to`.
-    const double a1 = weight(p);
-    // (4, 5): now p + dy * a1 away; moves row 5.
-    const double a2 = weight(p + dy * a1);
-    // (5, 5): row 5 has moved by dy * a2.
-    const double a3 = weight(dy * a2);
-    // (6, 5): row 6 untouched, distance p; moves row 5 again.
-    const double a4 = weight(p);
-    // (5, 6): in row 5, moved by all three, which took it out of reach, so
-    // row 6 stays although (5, 6) started inside the radius.
-    const double s5 = dy * (a2 + a3 + a4);
-    const double a5 = weight(std::hypot(p, s5));
-    ASSERT_EQ(a5, 0.0);
-
-    auto t = neutral_table();
-    auto before = neutral_table();
-    ASSERT_EQ(vexo_corr_adjust_single(t.get(), from, to, 1.6, 1), VEXO_OK);
-    EXPECT_NEAR(at(*t, 4, 40).y, at(*before, 4, 40).y - dy * a1, 1e-9);
-    EXPECT_EQ(at(*t, 6, 40).y, at(*before, 6, 40).y);
-    EXPECT_NEAR(at(*t, 5, 40).y, at(*before, 5, 40).y - s5, 1e-9);
-    EXPECT_LT(a2, a4); // the earlier move took (4, 5) partly out of reach
-    for (int r : {0, 3, 7, 64})
-        EXPECT_EQ(at(*t, r, 40).y, at(*before, r, 40).y);
+    const double a1 = weight(p);          // (5, 4) moves row 4, which holds (4, 5)
+    const double a2 = weight(p + dy * a1); // (4, 5), now farther, moves row 5
+    const double a3 = weight(dy * a2);     // (5, 5)
+    const double a4 = weight(p);           // (6, 5): row 6 untouched so far
+    const double s5 = dy * (a2 + a3 + a4); // row 5 moved three times...
+    ASSERT_EQ(weight(std::hypot(p, s5)), 0.0); // ...taking (5, 6) out of reach
+    CorrTable t = before;
+    ASSERT_EQ(vexo_corr_adjust_single(&t, from5, to5, 1.6, 1), VEXO_OK);
+    EXPECT_NEAR(at(t, 4, 40).y, at(before, 4, 40).y - dy * a1, 1e-9);
+    EXPECT_NEAR(at(t, 5, 40).y, at(before, 5, 40).y - s5, 1e-9);
+    for (int r : {0, 3, 6, 7, 64})
+        EXPECT_EQ(at(t, r, 40).y, at(before, r, 40).y);
 }
 
-TEST(CorrAdjustSingle, NullPointersAreRefused) {
-    auto t = neutral_table();
-    const double p[2] = {0, 0};
-    EXPECT_EQ(vexo_corr_adjust_single(nullptr, p, p, 1, 3), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(vexo_corr_adjust_single(t.get(), nullptr, p, 1, 3), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(vexo_corr_adjust_single(t.get(), p, nullptr, 1, 3), VEXO_ERROR_INVALID_PARAMETER);
-}
-
-TEST(CorrSetSpatial, EachSideScalesItsEdgeAndKeepsTheOpposite) {
-    auto before = neutral_table();
-    for (uint8_t side = 0; side < 4; ++side) {
-        auto t = neutral_table();
-        ASSERT_EQ(vexo_corr_set_spatial(t.get(), side, 1), VEXO_OK);
-        EXPECT_TRUE(same(*t, *before)) << "side " << int(side);
+TEST(CorrSetSpatial, EachSideBlendsFromOneToItsFactor) {
+    const CorrTable before = flagged_table();
+    // Sides 0 and 3 scale x row by row, sides 1 and 2 y column by column.
+    const struct {
+        uint8_t side;
+        double factor;
+        int line;
+        double multiplier;
+    } cases[] = {{0, 2, 0, 1},      {0, 2, 64, 2},    {0, 2, 32, 1.5},  {3, 3, 16, 2.5},
+                 {3, 3, 0, 3},      {3, 3, 64, 1},    {1, 0.5, 0, 0.5}, {1, 0.5, 64, 1},
+                 {1, 0.5, 32, 0.75}, {2, 0.5, 64, 0.5}, {2, 0.5, 0, 1},  {2, 0.5, 16, 0.875}};
+    for (const auto &c : cases) {
+        CorrTable t = before;
+        ASSERT_EQ(vexo_corr_set_spatial(&t, c.side, c.factor), VEXO_OK);
+        const bool rows = c.side == 0 || c.side == 3;
+        for (int i = 0; i < 65; ++i) {
+            const GeomPoint &got = rows ? at(t, c.line, i) : at(t, i, c.line);
+            const GeomPoint &was = rows ? at(before, c.line, i) : at(before, i, c.line);
+            ASSERT_EQ(rows ? got.x : got.y, c.multiplier * (rows ? was.x : was.y)) << int(c.side);
+            ASSERT_EQ(rows ? got.y : got.x, rows ? was.y : was.x);
+        }
     }
-
-    auto t = neutral_table();
-    ASSERT_EQ(vexo_corr_set_spatial(t.get(), 0, 2), VEXO_OK);
-    for (int c = 0; c < 65; ++c) {
-        ASSERT_EQ(at(*t, 0, c).x, at(*before, 0, c).x);
-        ASSERT_EQ(at(*t, 64, c).x, 2 * at(*before, 64, c).x);
-        ASSERT_EQ(at(*t, 32, c).x, 1.5 * at(*before, 32, c).x);
-        ASSERT_EQ(at(*t, 64, c).y, at(*before, 64, c).y);
+    for (uint8_t side : {0, 1, 2, 3, 4, 255}) {
+        CorrTable t = before;
+        EXPECT_EQ(vexo_corr_set_spatial(&t, side, side < 4 ? 1 : 2),
+                  side < 4 ? VEXO_OK : VEXO_ERROR_INVALID_PARAMETER);
+        EXPECT_TRUE(same(t, before)) << int(side);
     }
-
-    // Side 3, factor 3, row 16: 48 * 3/64 + 16/64 = 2.5.
-    t = neutral_table();
-    ASSERT_EQ(vexo_corr_set_spatial(t.get(), 3, 3), VEXO_OK);
-    EXPECT_EQ(at(*t, 16, 0).x, 2.5 * at(*before, 16, 0).x);
-    EXPECT_EQ(at(*t, 0, 0).x, 3 * at(*before, 0, 0).x);
-    EXPECT_EQ(at(*t, 64, 0).x, at(*before, 64, 0).x);
-
-    // Sides 1 and 2 scale y by column: first or last column gets the factor.
-    t = neutral_table();
-    ASSERT_EQ(vexo_corr_set_spatial(t.get(), 1, 0.5), VEXO_OK);
-    EXPECT_EQ(at(*t, 0, 0).y, 0.5 * at(*before, 0, 0).y);
-    EXPECT_EQ(at(*t, 0, 64).y, at(*before, 0, 64).y);
-    EXPECT_EQ(at(*t, 0, 32).y, 0.75 * at(*before, 0, 32).y);
-    EXPECT_EQ(at(*t, 0, 0).x, at(*before, 0, 0).x);
-    t = neutral_table();
-    ASSERT_EQ(vexo_corr_set_spatial(t.get(), 2, 0.5), VEXO_OK);
-    EXPECT_EQ(at(*t, 0, 64).y, 0.5 * at(*before, 0, 64).y);
-    EXPECT_EQ(at(*t, 0, 0).y, at(*before, 0, 0).y);
-    EXPECT_EQ(at(*t, 10, 16).y, 0.875 * at(*before, 10, 16).y);
-}
-
-TEST(CorrSetSpatial, BadSideOrNullIsRefusedUnchanged) {
-    auto t = neutral_table();
-    auto before = neutral_table();
-    EXPECT_EQ(vexo_corr_set_spatial(t.get(), 4, 2), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(vexo_corr_set_spatial(t.get(), 255, 2), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_TRUE(same(*t, *before));
     EXPECT_EQ(vexo_corr_set_spatial(nullptr, 0, 2), VEXO_ERROR_INVALID_PARAMETER);
 }
-
-} // namespace

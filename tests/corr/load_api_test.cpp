@@ -1,13 +1,7 @@
 // The file-level load: format by number or name, file errors, the header.
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-
-#include <gtest/gtest.h>
-
 #include "corr/dispatch.hpp"
+#include "corr/loaders.hpp"
 #include "fixtures.hpp"
-#include "vexo.h"
 
 using namespace vexo_test;
 
@@ -20,149 +14,108 @@ CorrHead head_now() {
     return h;
 }
 
-bool head_is_zero(const CorrHead &h) {
-    const CorrHead zero{};
-    return std::memcmp(&h, &zero, sizeof h) == 0;
-}
-
-std::string write_kxo_with_tag(const std::string &name, uint8_t tag, uint32_t value) {
-    CorrTable t;
-    vexo_corr_set_neutral(&t);
-    CorrHead head{};
-    head.tag = tag;
-    head.value = value;
-    const std::string path = scratch_path(name);
-    EXPECT_EQ(vexo_corr_save_kxo(&t, path.c_str(), &head), VEXO_OK);
-    return path;
-}
-
-void expect_neutral(const CorrTable &t) {
-    for (int k = 0; k < 4225; ++k) {
-        ASSERT_EQ(t.cell[k].x, neutral(k % 65)) << k;
-        ASSERT_EQ(t.cell[k].y, neutral(k / 65)) << k;
-        ASSERT_EQ(t.cell[k].z, 0.0) << k;
-    }
+bool head_is_zero() {
+    const CorrHead h = head_now(), zero{};
+    return !std::memcmp(&h, &zero, sizeof h);
 }
 
 } // namespace
 
 TEST(CorrDispatch, ExtensionSearchOrder) {
-    struct Case {
-        const char *path;
-        uint32_t format;
-    };
-    const Case cases[] = {
-        {"head.scor", 11},           {"HEAD.SCOR", 11},
-        {"head.cor", 9},             {"head.COR", 9},
-        {"a.crt", 8},                {"a.ucf", 1},
-        {"a.UCF", 1},                {"a.ctb", 2},
-        {"a.ct5", 3},                {"a.gcd", 4},
-        {"a.kxo", 5},                {"a.KXO", 5},
-        {"a.xml", 6},                {"a.txt", 7},
-        {"a.fcr", 10},               {"a.FCR", 10},
-        {"jobs.cor/table.txt", 9},   // ".cor" is searched before ".txt"
-        {"x.kxo.bak", 5},            // anywhere in the name
-        {"lens.txt/old.ucf", 1},     // ".ucf" before ".txt"
-        {"table.Kxo", 0},            // mixed case is not recognised
-        {"table.bin", 0},            {"", 0},
-        {".sco", 0},                 {"a.fcrx.xml", 6},
-    };
-    for (const Case &c : cases)
-        EXPECT_EQ(vexo::format_from_path(c.path), c.format) << c.path;
+    const std::pair<const char *, uint32_t> cases[] = {
+        {"head.scor", 11}, {"HEAD.SCOR", 11}, {"head.cor", 9}, {"head.COR", 9}, {"a.crt", 8},
+        {"a.ucf", 1},      {"a.UCF", 1},      {"a.ctb", 2},    {"a.ct5", 3},    {"a.gcd", 4},
+        {"a.kxo", 5},      {"a.KXO", 5},      {"a.xml", 6},    {"a.txt", 7},    {"a.fcr", 10},
+        {"a.FCR", 10},     {"table.Kxo", 0},  {"table.bin", 0}, {"", 0},        {".sco", 0},
+        // Anywhere in the name, in a fixed order of extensions.
+        {"jobs.cor/table.txt", 9}, {"x.kxo.bak", 5}, {"lens.txt/old.ucf", 1}, {"a.fcrx.xml", 6}};
+    for (const auto &[path, format] : cases)
+        EXPECT_EQ(vexo::format_from_path(path), format) << path;
 }
 
-TEST(CorrLoadFile, FormatNumbersAndNames) {
-    const std::string by_name = write_kxo_with_tag("by_name.kxo", 3, 33);
-    const std::string odd_name = scratch_path("table.bin");
-    std::filesystem::copy_file(by_name, odd_name,
-                               std::filesystem::copy_options::overwrite_existing);
-    CorrTable t;
-    EXPECT_EQ(vexo_corr_load_corr65(&t, by_name.c_str(), 0), VEXO_OK);
-    EXPECT_EQ(vexo_corr_load_corr65(&t, odd_name.c_str(), VEXO_CORR_FORMAT_KXO), VEXO_OK);
-    EXPECT_EQ(head_now().tag, 3);
-
-    // Unknown names and numbers: 34, and the table is neutral regardless.
-    for (uint32_t format : {0u, 12u, 99u, 0xFFFFFFFFu}) {
-        std::memset(&t, 0xAB, sizeof t);
-        EXPECT_EQ(vexo_corr_load_corr65(&t, odd_name.c_str(), format), VEXO_ERROR_UNKNOWN_FORMAT)
-            << format;
-        expect_neutral(t);
-    }
-    // A known format decides the parser even against the name.
-    EXPECT_EQ(vexo_corr_load_corr65(&t, by_name.c_str(), VEXO_CORR_FORMAT_CT5),
-              VEXO_ERROR_READ_FILE);
-    EXPECT_TRUE(head_is_zero(head_now()));
-}
-
-TEST(CorrLoadFile, BadPathsAndArguments) {
-    CorrTable t;
-    EXPECT_EQ(vexo_corr_load_corr65(static_cast<CorrTable *>(nullptr), "a.kxo", 0), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(vexo_corr_load_corr65(&t, nullptr, 0), VEXO_ERROR_INVALID_PARAMETER);
-    const std::string missing = scratch_path("missing.kxo");
-    EXPECT_EQ(vexo_corr_load_corr65(&t, missing.c_str(), 0), VEXO_ERROR_OPEN_FILE);
-    EXPECT_EQ(vexo_corr_load_corr65(&t, missing.c_str(), VEXO_CORR_FORMAT_FCR),
-              VEXO_ERROR_OPEN_FILE);
-
-    // A folder whose name looks like a table is refused cleanly.
-    const std::string folder = scratch_path("folder.kxo");
+TEST(CorrLoadFile, EveryFailureStatusLeavesTheTableNeutral) {
+    const CorrTable neutral = neutral_table();
+    const CorrHead head{};
+    const std::string kxo = scratch_path("t.kxo"), bin = scratch_path("t.bin"),
+                      folder = scratch_path("folder.kxo"), missing = scratch_path("missing.kxo"),
+                      empty_ucf = scratch_path("e.ucf"), empty_fcr = scratch_path("e.fcr"),
+                      huge = scratch_path("huge.fcr"), fits = scratch_path("fits.fcr");
+    ASSERT_EQ(vexo_corr_save_kxo(&neutral, kxo.c_str(), &head), VEXO_OK);
+    write_file(bin, read_file(kxo));
+    write_file(empty_ucf, {});
+    write_file(empty_fcr, {});
     std::filesystem::create_directories(folder);
-    for (uint32_t format : {0u, 1u, 3u, 5u, 10u})
-        EXPECT_EQ(vexo_corr_load_corr65(&t, folder.c_str(), format), VEXO_ERROR_OPEN_FILE);
-
-    // Empty files of every binary format are short.
-    for (const char *name : {"e.ucf", "e.ctb", "e.ct5", "e.gcd", "e.kxo", "e.crt", "e.cor",
-                             "e.fcr"}) {
-        const std::string path = scratch_path(name);
-        write_file(path, {});
+    std::ofstream(huge).close();
+    std::filesystem::resize_file(huge, (uintmax_t{64} << 20) + 1); // sparse; refused unread
+    write_file(fits, ByteVec(65536 + 1000, 0));
+    const struct {
+        const std::string &path;
+        uint32_t format, status;
+    } cases[] = {{kxo, 0, VEXO_OK},         {bin, 5, VEXO_OK},       {fits, 0, VEXO_OK},
+                 {bin, 0, 34},              {bin, 12, 34},           {bin, 99, 34},
+                 {bin, 0xFFFFFFFF, 34},     {kxo, 3, 21}, // the number decides, not the name
+                 {missing, 0, 19},          {missing, 10, 19},       {folder, 0, 19},
+                 {folder, 1, 19},           {folder, 3, 19},         {folder, 10, 19},
+                 {empty_ucf, 0, 21},        {empty_fcr, 0, 21},      {huge, 0, 7}};
+    for (const auto &c : cases) {
+        CorrTable t;
         std::memset(&t, 0xAB, sizeof t);
-        EXPECT_EQ(vexo_corr_load_corr65(&t, path.c_str(), 0), VEXO_ERROR_READ_FILE) << name;
-        expect_neutral(t);
+        EXPECT_EQ(vexo_corr_load_corr65(&t, c.path.c_str(), c.format), c.status)
+            << c.path << " " << c.format;
+        EXPECT_TRUE(c.status == VEXO_OK || same(t, neutral)) << c.path << " " << c.format;
     }
+    CorrTable t;
+    EXPECT_EQ(vexo_corr_load_corr65(static_cast<CorrTable *>(nullptr), kxo.c_str(), 0),
+              VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(vexo_corr_load_corr65(&t, nullptr, 0), VEXO_ERROR_INVALID_PARAMETER);
+}
 
-    // Larger than any correction file: refused before it is read.
-    const std::string huge = scratch_path("huge.fcr");
-    {
-        std::ofstream touch(huge);
+TEST(CorrLoadFile, TextFilesStartFromTheNeutralTable) {
+    const std::pair<const char *, std::string> files[] = {
+        {"grid.scor", "[LMCorrectData]\nXSize=2\nYSize=2\nX-1-1=10\nMY-0-0=-3\n"},
+        {"grid.txt", "SIZE: 100\n0\n0\n0\n5\n6\n"},
+        {"grid.xml", "<Data><x-axis>5,6<y-axis>7"}};
+    for (const auto &[name, text] : files) {
+        const std::string path = scratch_path(name);
+        write_file(path, ByteVec(text.begin(), text.end()));
+        CorrTable from_file, direct = neutral_table();
+        std::memset(&from_file, 0xAB, sizeof from_file);
+        ASSERT_EQ(vexo_corr_load_corr65(&from_file, path.c_str(), 0), VEXO_OK) << name;
+        CorrHead ignored;
+        ASSERT_EQ(vexo::parse_corr_bytes(vexo::format_from_path(name),
+                                         {reinterpret_cast<const uint8_t *>(text.data()), text.size()},
+                                         direct, ignored),
+                  VEXO_OK);
+        EXPECT_TRUE(same(from_file, direct)) << name;
     }
-    std::filesystem::resize_file(huge, (uintmax_t{64} << 20) + 1); // sparse
-    EXPECT_EQ(vexo_corr_load_corr65(&t, huge.c_str(), 0), VEXO_ERROR_INVALID_DATA);
-    std::filesystem::resize_file(huge, 65536 + 1000);
-    EXPECT_EQ(vexo_corr_load_corr65(&t, huge.c_str(), 0), VEXO_OK);
-    std::filesystem::remove(huge);
 }
 
 TEST(CorrLoadFile, HeaderFollowsTheLastLoad) {
-    const std::string kxo = write_kxo_with_tag("head.kxo", 0x42, 0xCAFEF00D);
-    const std::string ucf = scratch_path("head.ucf");
+    const CorrHead head{0, 0, 0x42, {}, 0xCAFEF00D};
+    const CorrTable neutral = neutral_table();
+    const std::string kxo = scratch_path("head.kxo"), ucf = scratch_path("head.ucf"),
+                      cut = scratch_path("cut.kxo");
+    ASSERT_EQ(vexo_corr_save_kxo(&neutral, kxo.c_str(), &head), VEXO_OK);
     write_file(ucf, ByteVec(16900, 0));
     CorrTable t;
-
     ASSERT_EQ(vexo_corr_load_corr65(&t, kxo.c_str(), 0), VEXO_OK);
-    CorrHead h = head_now();
-    EXPECT_EQ(h.version, 1);
-    EXPECT_EQ(h.header_size, 12);
-    EXPECT_EQ(h.tag, 0x42);
-    EXPECT_EQ(h.value, 0xCAFEF00Du);
-
+    const CorrHead h = head_now();
+    EXPECT_TRUE(h.version == 1 && h.header_size == 12 && h.tag == 0x42 && h.value == 0xCAFEF00D);
     // Any other format, a failed load or a refused argument zeroes it.
-    ASSERT_EQ(vexo_corr_load_corr65(&t, ucf.c_str(), 0), VEXO_OK);
-    EXPECT_TRUE(head_is_zero(head_now()));
-    ASSERT_EQ(vexo_corr_load_corr65(&t, kxo.c_str(), 0), VEXO_OK);
-    EXPECT_EQ(vexo_corr_load_corr65(&t, "no-such-file.kxo", 0), VEXO_ERROR_OPEN_FILE);
-    EXPECT_TRUE(head_is_zero(head_now()));
-    ASSERT_EQ(vexo_corr_load_corr65(&t, kxo.c_str(), 0), VEXO_OK);
-    EXPECT_EQ(vexo_corr_load_corr65(&t, ucf.c_str(), 77), VEXO_ERROR_UNKNOWN_FORMAT);
-    EXPECT_TRUE(head_is_zero(head_now()));
-
+    const std::pair<const char *, uint32_t> loads[] = {
+        {ucf.c_str(), 0}, {"no-such-file.kxo", 0}, {ucf.c_str(), 77}, {kxo.c_str(), 3}, {nullptr, 0}};
+    for (const auto &[path, format] : loads) {
+        ASSERT_EQ(vexo_corr_load_corr65(&t, kxo.c_str(), 0), VEXO_OK);
+        EXPECT_EQ(head_now().tag, 0x42);
+        vexo_corr_load_corr65(&t, path, format);
+        EXPECT_TRUE(head_is_zero()) << (path ? path : "NULL") << " " << format;
+    }
     // A truncated kxo file fails but still replaces the header.
-    ByteVec cut = read_file(kxo);
-    cut.resize(20);
-    cut[4] = 0x17;
-    const std::string short_kxo = scratch_path("short.kxo");
-    write_file(short_kxo, cut);
-    EXPECT_EQ(vexo_corr_load_corr65(&t, short_kxo.c_str(), 0), VEXO_ERROR_READ_FILE);
-    h = head_now();
-    EXPECT_EQ(h.tag, 0x17);
-    EXPECT_EQ(h.value, 0xCAFEF00Du);
-    expect_neutral(t);
+    ByteVec bytes = read_file(kxo);
+    bytes.resize(20);
+    bytes[4] = 0x17;
+    write_file(cut, bytes);
+    EXPECT_EQ(vexo_corr_load_corr65(&t, cut.c_str(), 0), VEXO_ERROR_READ_FILE);
+    EXPECT_EQ(head_now().tag, 0x17);
+    EXPECT_EQ(head_now().value, 0xCAFEF00Du);
 }
