@@ -157,21 +157,3 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
         }
     }
 }
-
-// The header comes from as many of its 12 bytes as the file has, the rest 0.
-TEST(CorrLoadBinary, KxoHeaderIsTakenEvenFromAShortFile) {
-    ByteVec file = {0, 7, 0x12, 0x34, 0x99, 0xAA, 0xBB, 0xCC, 0x80, 0, 0, 1};
-    file.resize(50712, 0);
-    for (size_t len : {0, 3, 5, 12, 50711, 50712}) {
-        CorrTable t;
-        CorrHead h;
-        std::memset(&h, 0x55, sizeof h);
-        EXPECT_EQ(vexo::parse_kxo({file.data(), len}, t, h),
-                  len == 50712 ? VEXO_OK : VEXO_ERROR_READ_FILE);
-        EXPECT_EQ(h.version, len >= 2 ? 7 : 0) << len;
-        EXPECT_EQ(h.header_size, len >= 4 ? 0x1234 : len == 3 ? 0x1200 : 0) << len;
-        EXPECT_EQ(h.tag, len >= 5 ? 0x99 : 0) << len;
-        EXPECT_EQ(h.reserved[2], len >= 8 ? 0xCC : 0) << len; // kept as read
-        EXPECT_EQ(h.value, len >= 12 ? 0x80000001u : 0u) << len;
-    }
-}

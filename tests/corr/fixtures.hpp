@@ -33,7 +33,8 @@ inline std::string scratch_path(const std::string &name) {
 }
 
 inline void write_file(const std::string &path, const ByteVec &b) {
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(b.data()), long(b.size()));
+    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(b.data()),
+                                                long(b.size()));
 }
 
 inline ByteVec read_file(const std::string &path) {

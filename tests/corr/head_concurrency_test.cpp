@@ -25,7 +25,7 @@ TEST(CorrHeadConcurrency, LoadsNeverTearTheHeader) {
         loaders.emplace_back([&, w] {
             CorrTable t;
             for (int i = 0; i < 60; ++i)
-                failed_loads += vexo_corr_load_corr65(&t, files[size_t(w + i) % 5].c_str(), 0) != VEXO_OK;
+                failed_loads += vexo_corr_load_corr65(&t, files[(w + i) % 5].c_str(), 0) != 1;
         });
     for (int r = 0; r < 2; ++r)
         readers.emplace_back([&] {

@@ -59,7 +59,7 @@ TEST(CorrInterpolate, HandSolvedGrids) {
         nominal[3] = axis ? point(0, -60) : point(60, 0);
         measured[3] = axis ? point(0, -40) : point(40, 0);
         ASSERT_EQ(vexo_corr_interpolate(2, measured.data(), nominal.data(), 100, &t), VEXO_OK);
-        EXPECT_DOUBLE_EQ(axis ? at(t, 64, 64).y : at(t, 64, 64).x, f * f * (axis ? -32767.75 : 32767.75));
+        EXPECT_DOUBLE_EQ(axis ? at(t, 64, 64).y : at(t, 64, 64).x, (axis ? -f : f) * f * 32767.75);
     }
 }
 
