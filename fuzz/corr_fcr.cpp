@@ -1,14 +1,5 @@
-// The ".fcr" parser on arbitrary bytes.
-#include <cstdint>
-#include <cstdlib>
-
-#include "corr/loaders.hpp"
+#include "corr_fuzz.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    static CorrTable table;
-    vexo_corr_set_neutral(&table);
-    const uint32_t status = vexo::parse_fcr(vexo::ByteSpan{data, size}, table);
-    if (status != VEXO_OK && status != VEXO_ERROR_READ_FILE)
-        std::abort();
-    return 0;
+    return fuzz_parser(vexo::parse_fcr, data, size, {VEXO_OK, VEXO_ERROR_READ_FILE});
 }

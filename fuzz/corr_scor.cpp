@@ -1,15 +1,7 @@
-// Feeds arbitrary bytes to the scor correction parser: it must never read
-// outside the input or the table, whatever the bytes.
-#include <cstdint>
-#include <cstring>
-
-#include "corr/loaders.hpp"
-#include "vexo.h"
+#include "corr_fuzz.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    static CorrTable table;
-    std::memset(&table, 0, sizeof table);
-    vexo_corr_set_neutral(&table);
-    vexo::parse_scor(vexo::ByteSpan{data, size}, table);
-    return 0;
+    return fuzz_parser(vexo::parse_scor, data, size,
+                       {VEXO_OK, VEXO_ERROR_INVALID_DATA, VEXO_ERROR_READ_FILE,
+                        VEXO_ERROR_INVALID_HEADER, VEXO_ERROR_NO_MEMORY});
 }

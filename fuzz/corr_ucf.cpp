@@ -1,18 +1,8 @@
-// ".ucf" and ".ctb" parsers on arbitrary bytes; the first byte picks one.
-#include <cstdint>
-#include <cstdlib>
-
-#include "corr/loaders.hpp"
+// ".ucf" and ".ctb" share a target: the first byte picks one.
+#include "corr_fuzz.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    if (size == 0)
-        return 0;
-    static CorrTable table;
-    vexo_corr_set_neutral(&table);
-    const vexo::ByteSpan file{data + 1, size - 1};
-    const uint32_t status =
-        data[0] & 1 ? vexo::parse_ctb(file, table) : vexo::parse_ucf(file, table);
-    if (status != VEXO_OK && status != VEXO_ERROR_READ_FILE)
-        std::abort();
-    return 0;
+    return size == 0 ? 0
+                     : fuzz_parser(data[0] & 1 ? vexo::parse_ctb : vexo::parse_ucf, data + 1,
+                                   size - 1, {VEXO_OK, VEXO_ERROR_READ_FILE});
 }
