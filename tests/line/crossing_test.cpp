@@ -1,204 +1,142 @@
-// Crossings of lines and segments: codes, the 4-decimal comparison grid,
-// vertical lines, z along line a and the 0x40 flag.
+// Crossings of lines and segments (codes, the 4-decimal comparison grid,
+// vertical lines, z along line a, the 0x40 flag) and clipping to a rectangle.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdint>
 
 #include "line/crossing.hpp"
-#include "vexo.h"
+#include "vexo_test_util.hpp"
 
-namespace {
+using vexo_test::point;
+using vexo_test::xyz;
+using vexo_test::Xyz;
 
-GeomPoint pt(double x, double y, double z = 0.0, uint32_t flags = 0) {
-    GeomPoint p{};
-    p.x = x;
-    p.y = y;
-    p.z = z;
-    p.flags = flags;
-    return p;
+TEST(LineCrossing, Round4IsHalfAwayFromZeroOnTheProductGrid) {
+    const double beyond = static_cast<double>(INT64_MIN) / 10000.0; // NaN and outside int64
+    const double cases[][2] = {
+        {1.25, 1.25},       {0.12345, 0.1235}, {-0.12345, -0.1235}, {0.12344, 0.1234},
+        {0.00015, 0.0001}, // scales to 1.4999999999999998: down, as on the hosts
+        {1.00001, 1.0},     {1.00004, 1.0},    {1.00006, 1.0001},   {-0.00004, 0.0},
+        {9e14, 9e14},       {1e300, beyond},   {-1e300, beyond},    {NAN, beyond}};
+    for (const auto &c : cases)
+        EXPECT_EQ(vexo::round4(c[0]), c[1]) << c[0];
 }
 
-uint32_t cross(const GeomPoint &a0, const GeomPoint &a1, const GeomPoint &b0,
-               const GeomPoint &b1, GeomPoint *out, bool a_unbounded = false,
-               bool b_unbounded = false) {
-    return vexo_line_get_crossing(&a0, &a1, a_unbounded, &b0, &b1, b_unbounded, out);
+TEST(LineCrossing, WorkedCases) {
+    // Slopes 1.00004 and 1.00006 differ on the grid: the lines cross far out.
+    const double far_x = -1.0 / (1.00004 - (0.00006 + 1.0)), far_y = far_x * 1.00004;
+    EXPECT_NEAR(far_x, 50000.0, 1.0);
+    const GeomPoint o = point(0, 0);
+    struct { GeomPoint a0, a1, b0, b1; bool a_open, b_open; uint32_t code; Xyz at; } cases[] = {
+        // Inside both: z along a only (swapping the operands swaps it).
+        {o, point(2, 2, 4), point(0, 2, 9), point(2, 0, 9), 0, 0, 1, {1, 1, 2}},
+        {point(0, 2, 9), point(2, 0, 9), o, point(2, 2, 4), 0, 0, 1, {1, 1, 9}},
+        // y = x (0..1) meets y = 4 - x at b's end (2, 2): outside a until a
+        // is unbounded (z then extrapolated along a).
+        {o, point(1, 1, 1), point(4, 0), point(2, 2), 0, 0, 2, {2, 2, 0}},
+        {o, point(1, 1, 1), point(4, 0), point(2, 2), 1, 0, 1, {2, 2, 2}},
+        {o, point(1, 1, 1), point(4, 0), point(2, 2), 0, 1, 2, {2, 2, 0}},
+        {o, point(1, 1, 1), point(4, 0), point(3, 1), 1, 0, 2, {2, 2, 0}}, // b too short
+        {o, point(1, 1.00004), point(0, -1), point(1, 0.00006), 0, 0, 2, {far_x, far_y, 0}},
+        {o, point(1, 1.00004), point(0, -1), point(1, 0.00006), 1, 1, 1, {far_x, far_y, 0}},
+        // Ends count as inside, on the grid: 0.00004 past an end still does.
+        {o, point(1, 1), point(1, 1), point(2, 0), 0, 0, 1, {1, 1, 0}},
+        {o, point(-1, 0), point(-1.00004, -1), point(-1.00004, 1), 0, 0, 1, {-1.00004, 0, 0}},
+        {o, point(1, 0), point(1.00006, -1), point(1.00006, 1), 0, 0, 2, {1.00006, 0, 0}},
+        // Slopes 1.00001 and 1.00004 (or offsets 0.00004 apart) share the
+        // grid: coincident through the origin, parallel when offset; out
+        // keeps its coordinates.
+        {o, point(1, 1.00001), o, point(1, 1.00004), 0, 0, 4, {5, 6, 7}},
+        {o, point(1, 1.00001), point(0, 1), point(1, 2.00004), 0, 0, 3, {5, 6, 7}},
+        {o, point(1, 1), point(0, 0.00004), point(1, 1.00004), 0, 0, 4, {5, 6, 7}},
+        // Vertical means dx exactly 0; z still runs along a.
+        {point(1, 0), point(1, 4), point(1, 7), point(1, 9), 0, 0, 4, {5, 6, 7}},
+        {point(1, 0), point(1, 4), point(1 + 1e-9, 7), point(1 + 1e-9, 9), 0, 0, 3, {5, 6, 7}},
+        {point(1, 0, 0), point(1, 4, 8), o, point(2, 2), 0, 0, 1, {1, 1, 2}},
+        {o, point(4, 2, 2), point(2, -5), point(2, 5), 0, 0, 1, {2, 1, 1}},
+        {point(1, 1, 3), point(1, 1, 9), o, point(2, 2), 0, 0, 1, {1, 1, 3}}, // a is a point
+    };
+    for (const auto &c : cases) {
+        GeomPoint out = point(5, 6, 7, 0xff);
+        const uint32_t code =
+            vexo_line_get_crossing(&c.a0, &c.a1, c.a_open, &c.b0, &c.b1, c.b_open, &out);
+        EXPECT_TRUE(code == c.code && xyz(out) == c.at && out.flags == 0)
+            << "case " << &c - cases << ": " << code << " at " << out.x << ", " << out.y << ", "
+            << out.z;
+    }
 }
 
-TEST(LineRound4, HalfAwayFromZeroOnTheProductGrid) {
-    EXPECT_EQ(vexo::round4(1.25), 1.25);
-    EXPECT_EQ(vexo::round4(0.12345), 0.1235); // 1234.5 exactly after scaling
-    EXPECT_EQ(vexo::round4(-0.12345), -0.1235);
-    EXPECT_EQ(vexo::round4(0.12344), 0.1234);
-    // 0.00015 scales to 1.4999999999999998: it rounds down, as the host did.
-    EXPECT_EQ(vexo::round4(0.00015), 0.0001);
-    EXPECT_EQ(vexo::round4(1.00001), 1.0);
-    EXPECT_EQ(vexo::round4(1.00004), 1.0);
-    EXPECT_EQ(vexo::round4(1.00006), 1.0001);
-    EXPECT_EQ(vexo::round4(-0.00004), 0.0);
-    EXPECT_EQ(vexo::round4(0.0), 0.0);
-    // Outside the 64-bit range (and NaN) every value lands on one sentinel.
-    const double sentinel = static_cast<double>(INT64_MIN) / 10000.0;
-    EXPECT_EQ(vexo::round4(1e300), sentinel);
-    EXPECT_EQ(vexo::round4(-1e300), sentinel);
-    EXPECT_EQ(vexo::round4(NAN), sentinel);
-    EXPECT_EQ(vexo::round4(INFINITY), sentinel);
-    EXPECT_EQ(vexo::round4(9e14), 9e14);
-}
-
-TEST(LineCrossing, SegmentsCrossingInside) {
-    GeomPoint out = pt(-1, -1, -1, 0xff);
-    EXPECT_EQ(cross(pt(0, 0, 0), pt(2, 2, 4), pt(0, 2, 9), pt(2, 0, 9), &out),
-              VEXO_CROSSING_FOUND);
-    EXPECT_EQ(out.x, 1.0);
-    EXPECT_EQ(out.y, 1.0);
-    EXPECT_EQ(out.z, 2.0); // halfway along a; b's z plays no part
-    EXPECT_EQ(out.flags, 0u);
-    // The same crossing with the operands exchanged takes z from the other.
-    EXPECT_EQ(cross(pt(0, 2, 9), pt(2, 0, 9), pt(0, 0, 0), pt(2, 2, 4), &out),
-              VEXO_CROSSING_FOUND);
-    EXPECT_EQ(out.z, 9.0);
-}
-
-TEST(LineCrossing, OutsideABoundedOperand) {
-    // y = x from 0 to 1 meets y = 4 - x at (2, 2), the end of b.
-    const GeomPoint a0 = pt(0, 0, 0), a1 = pt(1, 1, 1), b0 = pt(4, 0), b1 = pt(2, 2);
-    GeomPoint out = pt(-1, -1, -1);
-    EXPECT_EQ(cross(a0, a1, b0, b1, &out), VEXO_CROSSING_OUTSIDE);
-    EXPECT_EQ(out.x, 2.0);
-    EXPECT_EQ(out.y, 2.0);
-    EXPECT_EQ(out.z, 0.0);
-    // a unbounded: inside b, z extrapolated along a (twice a's length).
-    EXPECT_EQ(cross(a0, a1, b0, b1, &out, true, false), VEXO_CROSSING_FOUND);
-    EXPECT_EQ(out.z, 2.0);
-    // Only b unbounded does not help: the crossing still misses a.
-    EXPECT_EQ(cross(a0, a1, b0, b1, &out, false, true), VEXO_CROSSING_OUTSIDE);
-    // b made shorter: outside b even with a unbounded.
-    EXPECT_EQ(cross(a0, a1, b0, pt(3, 1), &out, true, false), VEXO_CROSSING_OUTSIDE);
-    EXPECT_EQ(cross(a0, a1, b0, pt(3, 1), &out, true, true), VEXO_CROSSING_FOUND);
-}
-
-TEST(LineCrossing, EndpointsAndTheRoundedBoundsCountAsInside) {
+TEST(LineCrossing, KeepFlagAliasingAndBadArguments) {
+    // 0x40 only when all four ends carry it, written whatever the outcome.
+    const GeomPoint k = point(0, 0, 0, 0x43), l = point(2, 2, 0, 0x40), m = point(0, 2, 0, 0x47),
+                    n = point(2, 0, 0, 0x41), plain = point(2, 0, 0, 1);
     GeomPoint out;
-    // Touching at a shared end point.
-    EXPECT_EQ(cross(pt(0, 0), pt(1, 1), pt(1, 1), pt(2, 0), &out), VEXO_CROSSING_FOUND);
-    EXPECT_EQ(out.x, 1.0);
-    EXPECT_EQ(out.y, 1.0);
-    // A vertical line 0.00004 beyond a's end still meets a on the grid...
-    EXPECT_EQ(cross(pt(0, 0), pt(1, 0), pt(1.00004, -1), pt(1.00004, 1), &out),
-              VEXO_CROSSING_FOUND);
-    EXPECT_EQ(out.x, 1.00004);
-    // ...0.00006 beyond it does not.
-    EXPECT_EQ(cross(pt(0, 0), pt(1, 0), pt(1.00006, -1), pt(1.00006, 1), &out),
-              VEXO_CROSSING_OUTSIDE);
-    // Below the start, on the negative side of the grid.
-    EXPECT_EQ(cross(pt(-1, 0), pt(1, 0), pt(-1.00004, -1), pt(-1.00004, 1), &out),
-              VEXO_CROSSING_FOUND);
-    EXPECT_EQ(cross(pt(-1, 0), pt(1, 0), pt(-1.00006, -1), pt(-1.00006, 1), &out),
-              VEXO_CROSSING_OUTSIDE);
-}
-
-TEST(LineCrossing, NearlyParallelSlopesAroundTheGrid) {
-    GeomPoint out = pt(5, 6, 7, 0);
-    // Slopes 1.00001 and 1.00004 share a grid value: coincident through the
-    // origin, parallel when offset; out's coordinates are left alone.
-    EXPECT_EQ(cross(pt(0, 0), pt(1, 1.00001), pt(0, 0), pt(1, 1.00004), &out),
-              VEXO_CROSSING_COINCIDENT);
-    EXPECT_EQ(cross(pt(0, 0), pt(1, 1.00001), pt(0, 1), pt(1, 2.00004), &out),
-              VEXO_CROSSING_PARALLEL);
-    EXPECT_EQ(out.x, 5.0);
-    EXPECT_EQ(out.y, 6.0);
-    EXPECT_EQ(out.z, 7.0);
-    // Offsets of 0.00004 also share the grid: still coincident.
-    EXPECT_EQ(cross(pt(0, 0), pt(1, 1), pt(0, 0.00004), pt(1, 1.00004), &out),
-              VEXO_CROSSING_COINCIDENT);
-    // 1.00004 and 1.00006 fall on different grid values and do cross, far
-    // away: x = (cb - ca) / (ma - mb) with the unrounded slopes.
-    const GeomPoint a0 = pt(0, 0), a1 = pt(1, 1.00004), b0 = pt(0, -1), b1 = pt(1, 0.00006);
-    EXPECT_EQ(cross(a0, a1, b0, b1, &out), VEXO_CROSSING_OUTSIDE);
-    EXPECT_EQ(cross(a0, a1, b0, b1, &out, true, true), VEXO_CROSSING_FOUND);
-    const double ma = 1.00004, mb = 0.00006 - (-1.0);
-    const double x = (-1.0 - 0.0) / (ma - mb);
-    EXPECT_EQ(out.x, x);
-    EXPECT_EQ(out.y, x * ma);
-    EXPECT_NEAR(out.x, 50000.0, 1.0);
-    // Independent check: the point lies on both lines.
-    EXPECT_NEAR(out.y, -1.0 + mb * out.x, 1e-6);
-}
-
-TEST(LineCrossing, VerticalLinesHaveNoTolerance) {
-    GeomPoint out = pt(5, 6, 7);
-    EXPECT_EQ(cross(pt(1, 0), pt(1, 4), pt(1, 7), pt(1, 9), &out), VEXO_CROSSING_COINCIDENT);
-    EXPECT_EQ(cross(pt(1, 0), pt(1, 4), pt(1 + 1e-9, 7), pt(1 + 1e-9, 9), &out),
-              VEXO_CROSSING_PARALLEL);
-    EXPECT_EQ(out.x, 5.0);
-    // a vertical, b sloped: z interpolated along the vertical a.
-    EXPECT_EQ(cross(pt(1, 0, 0), pt(1, 4, 8), pt(0, 0), pt(2, 2), &out), VEXO_CROSSING_FOUND);
-    EXPECT_EQ(out.x, 1.0);
-    EXPECT_EQ(out.y, 1.0);
-    EXPECT_EQ(out.z, 2.0);
-    // b vertical, a sloped.
-    EXPECT_EQ(cross(pt(0, 0, 0), pt(4, 2, 2), pt(2, -5), pt(2, 5), &out), VEXO_CROSSING_FOUND);
-    EXPECT_EQ(out.x, 2.0);
-    EXPECT_EQ(out.y, 1.0);
-    EXPECT_EQ(out.z, 1.0);
-    // Almost vertical is not vertical: a steep a meets the vertical b.
-    EXPECT_EQ(cross(pt(1, 0), pt(1 + 1e-9, 4), pt(1, -5), pt(1, 5), &out), VEXO_CROSSING_FOUND);
-    EXPECT_EQ(out.x, 1.0);
-    EXPECT_NEAR(out.y, 0.0, 1e-6);
-}
-
-TEST(LineCrossing, DegenerateSegmentA) {
-    // a collapsed to a point on b: a counts as vertical, z is a0.z.
-    GeomPoint out;
-    EXPECT_EQ(cross(pt(1, 1, 3), pt(1, 1, 9), pt(0, 0), pt(2, 2), &out), VEXO_CROSSING_FOUND);
-    EXPECT_EQ(out.x, 1.0);
-    EXPECT_EQ(out.y, 1.0);
-    EXPECT_EQ(out.z, 3.0);
-}
-
-TEST(LineCrossing, KeepFlagNeedsAllFourEnds) {
-    GeomPoint out = pt(0, 0, 0, 0xff);
-    const GeomPoint k = pt(0, 0, 0, 0x43), l = pt(2, 2, 0, 0x40), m = pt(0, 2, 0, 0x47),
-                    n = pt(2, 0, 0, 0x41);
-    EXPECT_EQ(vexo_line_get_crossing(&k, &l, false, &m, &n, false, &out), VEXO_CROSSING_FOUND);
+    EXPECT_EQ(vexo_line_get_crossing(&k, &l, false, &m, &n, false, &out), 1u);
     EXPECT_EQ(out.flags, 0x40u);
-    const GeomPoint n_plain = pt(2, 0, 0, 0x01);
-    vexo_line_get_crossing(&k, &l, false, &m, &n_plain, false, &out);
+    vexo_line_get_crossing(&k, &l, false, &m, &plain, false, &out);
     EXPECT_EQ(out.flags, 0u);
-    // Written even when the lines are parallel.
-    out.flags = 0xff;
-    EXPECT_EQ(vexo_line_get_crossing(&k, &l, false, &k, &l, false, &out),
-              VEXO_CROSSING_COINCIDENT);
+    EXPECT_EQ(vexo_line_get_crossing(&k, &l, false, &k, &l, false, &out), 4u);
     EXPECT_EQ(out.flags, 0x40u);
+    GeomPoint a0 = point(0, 0, 0), a1 = point(2, 2, 4); // out may be an input
+    EXPECT_EQ(vexo_line_get_crossing(&a0, &a1, false, &m, &n, false, &a0), 1u);
+    EXPECT_EQ(xyz(a0), (Xyz{1, 1, 2}));
+    out = point(3, 3, 3, 3);
+    EXPECT_EQ(vexo_line_get_crossing(nullptr, &a1, false, &m, &n, false, &out), 0u);
+    EXPECT_EQ(vexo_line_get_crossing(&a0, &a1, false, &m, nullptr, false, &out), 0u);
+    EXPECT_EQ(vexo_line_get_crossing(&a0, &a1, false, &m, &n, false, nullptr), 0u);
+    EXPECT_TRUE(vexo_test::same_bytes(out, point(3, 3, 3, 3)));
 }
 
-TEST(LineCrossing, OutputMayAliasAnInputAndPointersAreChecked) {
-    GeomPoint a0 = pt(0, 0, 0), a1 = pt(2, 2, 4);
-    const GeomPoint b0 = pt(0, 2), b1 = pt(2, 0);
-    EXPECT_EQ(vexo_line_get_crossing(&a0, &a1, false, &b0, &b1, false, &a0),
-              VEXO_CROSSING_FOUND);
-    EXPECT_EQ(a0.x, 1.0);
-    EXPECT_EQ(a0.y, 1.0);
-    EXPECT_EQ(a0.z, 2.0);
-
-    GeomPoint out = pt(3, 3, 3, 3);
-    EXPECT_EQ(vexo_line_get_crossing(nullptr, &a1, false, &b0, &b1, false, &out),
-              VEXO_CROSSING_MISSING_ARGUMENT);
-    EXPECT_EQ(vexo_line_get_crossing(&a0, &a1, false, &b0, nullptr, false, &out),
-              VEXO_CROSSING_MISSING_ARGUMENT);
-    EXPECT_EQ(vexo_line_get_crossing(&a0, &a1, false, &b0, &b1, false, nullptr),
-              VEXO_CROSSING_MISSING_ARGUMENT);
-    EXPECT_EQ(out.x, 3.0);
-    EXPECT_EQ(out.flags, 3u);
+TEST(LineInnerPart, WorkedCases) {
+    const double rect[6] = {0.0, 10.0, NAN, 10.0, 0.0, NAN}; // left, top, -, right, bottom, -
+    const struct { GeomPoint a, b, first, second; } cases[] = {
+        // Inside (border included): whole copies; crossings have zero padding.
+        {{1, 1, 5, 0x44, 9}, point(2, 3, 6, 0x02), {1, 1, 5, 0x44, 9}, point(2, 3, 6, 0x02)},
+        {point(0, 0, 0, 1), point(10, 10), point(0, 0, 0, 1), point(10, 10)},
+        // One end out: ordered a -> b, z along a-b, 0x01 moved to the end.
+        {point(5, 5, 0, 0x41), point(15, 5, 10, 4), point(5, 5, 0, 0x40), point(10, 5, 5, 1)},
+        {point(15, 5, 10), point(5, 5, 0, 0x40), point(10, 5, 5, 0), point(5, 5, 0, 0x41)},
+        // Through, in all four directions and corner to corner.
+        {point(-5, 5, 0), point(15, 5, 20), point(0, 5, 5), point(10, 5, 15, 1)},
+        {point(15, 5, 20), point(-5, 5, 0), point(10, 5, 15), point(0, 5, 5, 1)},
+        {point(5, -5), point(5, 15), point(5, 0), point(5, 10, 0, 1)},
+        {point(5, 15), point(5, -5), point(5, 10), point(5, 0, 0, 1)},
+        {point(-5, 15), point(15, -5), point(0, 10), point(10, 0, 0, 1)},
+        // A corner is found on both edges meeting there and fills both slots
+        // (the inside end is then unused); along an edge, the sides meet it.
+        {point(-5, 15), point(5, 5, 0, 0x40), point(0, 10), point(0, 10, 0, 1)},
+        {point(-5, 5), point(5, 15), point(0, 10), point(0, 10, 0, 1)},
+        {point(15, -5), point(5, 5), point(10, 0), point(10, 0, 0, 1)},
+        {point(-5, 10), point(15, 10), point(0, 10), point(10, 10, 0, 1)},
+    };
+    for (const auto &c : cases) {
+        vexo_test::Points part(vexo_line_get_inner_part(&c.a, &c.b, rect));
+        ASSERT_TRUE(part) << &c - cases;
+        for (const GeomPoint *got = part.get(), *want = &c.first; want <= &c.second; ++got, ++want)
+            EXPECT_TRUE(xyz(*got) == xyz(*want) && got->flags == want->flags &&
+                        got->reserved == want->reserved)
+                << &c - cases;
+    }
+    // Cross-check against the parametric form of a sloped segment.
+    const GeomPoint a = point(-2, 3, 1), b = point(12, 8, 8);
+    vexo_test::Points part(vexo_line_get_inner_part(&a, &b, rect));
+    ASSERT_TRUE(part);
+    for (int i = 0; i < 2; ++i) {
+        const double t = (i == 0 ? 2.0 : 12.0) / 14.0;
+        EXPECT_DOUBLE_EQ(part.get()[i].y, 3.0 + 5.0 * t);
+        EXPECT_DOUBLE_EQ(part.get()[i].z, 1.0 + 7.0 * t);
+    }
+    // Both ends beyond one side, passing a corner, a NaN rectangle: NULL.
+    const double misses[][4] = {{-5, 1, -1, 9}, {11, 1, 12, 9},  {1, 11, 9, 12},
+                                {1, -1, 9, -12}, {6, -5, 15, 3}, {-5, 4, 4, 20}};
+    for (const auto &m : misses) {
+        const GeomPoint p = point(m[0], m[1]), q = point(m[2], m[3]);
+        EXPECT_EQ(vexo_line_get_inner_part(&p, &q, rect), nullptr) << m[0] << ", " << m[1];
+    }
+    const double nan_rect[6] = {NAN, NAN, NAN, NAN, NAN, NAN};
+    EXPECT_EQ(vexo_line_get_inner_part(&a, &b, nan_rect), nullptr);
+    EXPECT_EQ(vexo_line_get_inner_part(nullptr, &b, rect), nullptr);
+    EXPECT_EQ(vexo_line_get_inner_part(&a, nullptr, rect), nullptr);
+    EXPECT_EQ(vexo_line_get_inner_part(&a, &b, nullptr), nullptr);
 }
-
-TEST(LineCrossing, NonFiniteInputDoesNotTrap) {
-    GeomPoint out;
-    const uint32_t code =
-        cross(pt(0, 0), pt(NAN, 1), pt(0, 1), pt(INFINITY, 0), &out, true, true);
-    EXPECT_GE(code, 1u);
-    EXPECT_LE(code, 4u);
-}
-
-} // namespace
