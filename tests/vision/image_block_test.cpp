@@ -1,126 +1,89 @@
-#include <cstdint>
+// The grey conversion shared by calibration and recognition, and unusable
+// image blocks refused by every entry point that takes one.
+#include <cstddef>
 #include <cstring>
 
 #include <gtest/gtest.h>
 
-#include "calib_fixtures.hpp"
+#include "fixtures.hpp"
+#include "vision/calibrator.hpp"
 #include "vision/image_block.hpp"
 
 namespace {
 
-using calib_test::Frame;
+using vt::Frame;
 
-uint8_t grey_of(uint8_t r, uint8_t g, uint8_t b) {
-    Frame frame(1, 1, IMAGE_FORMAT_RGB24);
-    frame.pixels()[0] = r;
-    frame.pixels()[1] = g;
-    frame.pixels()[2] = b;
+static_assert(offsetof(ImageBlock, kind) == 8 && offsetof(ImageBlock, width) == 16 &&
+                  offsetof(ImageBlock, bits) == 24 && offsetof(ImageBlock, data_size) == 28,
+              "image block header");
+
+TEST(ImageBlock, GreyIsTheSignedChannelSumOverThreeTruncated) {
+    // (-56 * 3) / 3 = -56 is 200; (100 + 100 - 126) / 3 = 24; -128 / 3 = -42.
+    const uint8_t examples[][4] = {{200, 200, 200, 200}, {100, 100, 130, 24}, {128, 0, 0, 214},
+                                   {1, 1, 0, 0}, {255, 255, 255, 255}, {128, 128, 128, 128}};
+    // They lead a frame big enough to be split across workers, all checked.
+    Frame frame(cv::Mat(203, 301, CV_8UC1), IMAGE_FORMAT_RGB24);
+    std::memcpy(frame.pixels(), vt::noise(3 * 301, 203).data, 3 * 301 * 203);
+    for (size_t k = 0; k < std::size(examples); ++k)
+        std::memcpy(frame.pixels() + 3 * k, examples[k], 3);
     const cv::Mat grey = vexo::image_block_to_grey(frame.block());
-    EXPECT_EQ(1, grey.rows);
-    EXPECT_EQ(1, grey.cols);
-    return grey.empty() ? 0 : grey.at<uint8_t>(0, 0);
-}
-
-TEST(ImageBlockGrey, ColourUsesSignedChannelSum) {
-    // (-56 * 3) / 3 = -56, stored as 200.
-    EXPECT_EQ(200, grey_of(200, 200, 200));
-    // 100 + 100 + (130 - 256) = 74, / 3 = 24.
-    EXPECT_EQ(24, grey_of(100, 100, 130));
-    // The quotient truncates toward zero: -128 / 3 = -42 -> byte 214.
-    EXPECT_EQ(214, grey_of(128, 0, 0));
-    EXPECT_EQ(0, grey_of(1, 1, 0));
-    EXPECT_EQ(255, grey_of(255, 255, 255));
-    EXPECT_EQ(127, grey_of(127, 127, 127));
-    // -384 / 3 = -128 -> 128, the most negative sum.
-    EXPECT_EQ(128, grey_of(128, 128, 128));
-}
-
-TEST(ImageBlockGrey, RowsAndColumnsLandInPlace) {
-    // A 5 x 3 colour frame where every pixel is distinct.
-    Frame colour(5, 3, IMAGE_FORMAT_RGB24);
-    Frame mono(5, 3, IMAGE_FORMAT_GREY8);
-    for (int i = 0; i < 15; ++i) {
-        const uint8_t v = uint8_t(i * 17);
-        std::memset(colour.pixels() + 3 * i, v, 3);
-        mono.pixels()[i] = v;
-    }
-    const cv::Mat a = vexo::image_block_to_grey(colour.block());
-    const cv::Mat b = vexo::image_block_to_grey(mono.block());
-    ASSERT_EQ(cv::Size(5, 3), a.size());
-    ASSERT_EQ(cv::Size(5, 3), b.size());
-    for (int i = 0; i < 15; ++i) {
-        EXPECT_EQ(uint8_t(i * 17), a.at<uint8_t>(i / 5, i % 5)) << i;
-        EXPECT_EQ(uint8_t(i * 17), b.at<uint8_t>(i / 5, i % 5)) << i;
-    }
-}
-
-TEST(ImageBlockGrey, LargeColourFrameMatchesPixelFormula) {
-    // Enough rows to be split across workers; every byte value occurs.
-    Frame frame(301, 203, IMAGE_FORMAT_RGB24);
-    cv::Mat noise(1, 301 * 203 * 3, CV_8UC1, frame.pixels());
-    cv::randu(noise, 0, 256);
-    cv::Mat grey(7, 7, CV_8UC1, cv::Scalar(9));
-    ASSERT_TRUE(vexo::image_block_to_grey(frame.block(), grey));
     ASSERT_EQ(cv::Size(301, 203), grey.size());
-    int mismatches = 0;
-    for (int i = 0; i < 301 * 203; ++i) {
-        const uint8_t *p = frame.pixels() + 3 * i;
-        const int sum = (p[0] < 128 ? p[0] : p[0] - 256) + (p[1] < 128 ? p[1] : p[1] - 256) +
-                        (p[2] < 128 ? p[2] : p[2] - 256);
-        const int q = sum >= 0 ? sum / 3 : -(-sum / 3);
-        mismatches += grey.at<uint8_t>(i / 301, i % 301) != uint8_t(q & 0xFF);
-    }
-    EXPECT_EQ(0, mismatches);
-
-    // An unusable block leaves the caller's image as it was.
-    const cv::Mat before = grey.clone();
-    frame.block()->format = 0;
-    EXPECT_FALSE(vexo::image_block_to_grey(frame.block(), grey));
-    EXPECT_EQ(0, cv::norm(before, grey, cv::NORM_INF));
+    for (size_t k = 0; k < std::size(examples); ++k)
+        EXPECT_EQ(examples[k][3], grey.data[k]) << k;
+    const auto *p = reinterpret_cast<const int8_t *>(frame.pixels());
+    for (size_t i = 0; i < grey.total(); ++i, p += 3)
+        ASSERT_EQ(uint8_t((p[0] + p[1] + p[2]) / 3), grey.data[i]) << i;
 }
 
-TEST(ImageBlockGrey, UnusableBlocksGiveNoImage) {
-    EXPECT_TRUE(vexo::image_block_to_grey(nullptr).empty());
-    vexo::ImageGeometry g{};
-    EXPECT_FALSE(vexo::image_geometry(nullptr, &g));
+TEST(ImageBlock, UnusableBlocksAreRefusedEverywhereAndLeftAlone) {
+    constexpr int32_t kMax = vexo::kMaxImageSide;
+    Frame good(vt::noise(64, 48));
+    const PatternKeypoint kps[3] = {{20000, 20000, 8000, 0, 0, 0, 0},
+                                    {40000, 20000, 8000, 0, 0, 0, 0},
+                                    {30000, 30000, 8000, 0, 0, 0, 0}};
+    const vt::RecogniserPtr rec(
+        vexo_prcg_create_recogniser(kps, 3, RECOGNISER_SURF, good.block(), 0, 0));
+    CalibrationRecord record{};
+    record.width = 640;
+    record.height = 480;
+    const vt::CalibratorPtr cal(vexo_calib_create_calibrator(&record));
+    ASSERT_TRUE(rec && cal);
 
-    Frame frame(4, 4, IMAGE_FORMAT_GREY8);
-    ASSERT_TRUE(vexo::image_geometry(frame.block(), &g));
-    EXPECT_EQ(4, g.width);
-    EXPECT_EQ(1, g.bytes_per_pixel);
-
-    frame.block()->kind = 3;
-    EXPECT_TRUE(vexo::image_block_to_grey(frame.block()).empty());
-    frame.block()->kind = VEXO_IMAGE_KIND;
-    for (uint8_t format : {0, 2, 16, 18, 255}) {
-        frame.block()->format = format;
-        EXPECT_TRUE(vexo::image_block_to_grey(frame.block()).empty()) << int(format);
+    // Kind, format, width, height; kind 0: no block at all, nothing written.
+    const int32_t cases[][4] = {{1, 17, 16, 16},      {2, 3, 16, 16},       {2, 0, 16, 16},
+                                {2, 17, 0, 16},       {2, 1, 16, -1},       {2, 17, kMax + 1, 1},
+                                {2, 17, 1, kMax + 1}, {2, 17, kMax, kMax},  {2, 1, INT32_MAX, 1},
+                                {2, 17, 16, INT32_MIN}, {0, 17, 16, 16}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(::testing::Message() << c[0] << " " << c[1] << " " << c[2] << "x" << c[3]);
+        Frame frame(vt::noise(16, 16));
+        frame.block()->kind = uint8_t(c[0]);
+        frame.block()->format = uint8_t(c[1]);
+        frame.set_size(c[2], c[3]);
+        ImageBlock *block = c[0] ? frame.block() : nullptr;
+        const std::vector<uint8_t> before = frame.bytes;
+        EXPECT_EQ(VEXO_ERROR_NO_MEMORY, vexo_calib_start_calibrator(cal.get(), block));
+        EXPECT_TRUE(before == frame.bytes);
+        int32_t found = -1, count = 5;
+        record.width = -7;
+        EXPECT_EQ(nullptr, vexo_calib_gen_correction(block, 9, 6, &record, &found));
+        EXPECT_TRUE(found == 0 && record.width == (c[0] ? c[2] : -7)); // width copied first
+        uint32_t options = 0x31;
+        EXPECT_EQ(nullptr, vexo_prcg_gen_keypoints(block, &count, &options, 0, 0, 9, 9));
+        EXPECT_TRUE(count == -1 && options == 0x31);
+        RecognitionResult result{};
+        vexo_prcg_start_recogniser(rec.get(), block, &result);
+        EXPECT_EQ(int32_t(VEXO_ERROR_NO_MEMORY), result.status);
     }
-    frame.block()->format = IMAGE_FORMAT_GREY8;
-    const int32_t bad_sizes[][2] = {{0, 4}, {4, 0}, {-1, 4}, {4, INT32_MIN},
-                                    {vexo::kMaxImageSide + 1, 1}, {1, vexo::kMaxImageSide + 1},
-                                    {vexo::kMaxImageSide, vexo::kMaxImageSide}};
-    for (const auto &size : bad_sizes) {
-        frame.set_size(size[0], size[1]);
-        EXPECT_FALSE(vexo::image_geometry(frame.block(), &g)) << size[0] << "x" << size[1];
-    }
-    // The largest accepted side, as a single row.
-    frame.set_size(vexo::kMaxImageSide, 1);
-    EXPECT_TRUE(vexo::image_geometry(frame.block(), &g));
-}
+    EXPECT_EQ(640, cal->width); // refused frames lower nothing
+    Frame widest(vt::noise(kMax, 1)); // the largest side accepted
+    EXPECT_EQ(VEXO_OK, vexo_calib_start_calibrator(cal.get(), widest.block()));
 
-TEST(ImageBlockLayout, HeaderOffsets) {
-    static_assert(sizeof(ImageBlock) == 32, "32-byte header");
-    static_assert(offsetof(ImageBlock, kind) == 8, "kind");
-    static_assert(offsetof(ImageBlock, format) == 9, "format");
-    static_assert(offsetof(ImageBlock, width) == 16, "width");
-    static_assert(offsetof(ImageBlock, height) == 20, "height");
-    static_assert(offsetof(ImageBlock, bits) == 24, "bits");
-    static_assert(offsetof(ImageBlock, data_size) == 28, "data size");
-    // Width and height are big-endian whatever the host.
-    Frame frame(0x0102, 0x0304, IMAGE_FORMAT_GREY8);
-    const uint8_t expected[8] = {0, 0, 1, 2, 0, 0, 3, 4};
-    EXPECT_EQ(0, std::memcmp(frame.bytes.data() + 16, expected, 8));
+    // No handle: 9.
+    EXPECT_EQ(VEXO_ERROR_NO_HANDLE, vexo_calib_start_calibrator(nullptr, good.block()));
+    RecognitionResult result{};
+    vexo_prcg_start_recogniser(nullptr, good.block(), &result);
+    EXPECT_EQ(int32_t(VEXO_ERROR_NO_HANDLE), result.status);
 }
 
 } // namespace

@@ -1,0 +1,233 @@
+// The calibrator, and calibration from a chessboard the tests draw.
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+
+#include <gtest/gtest.h>
+#include <opencv2/calib3d.hpp>
+
+#include "fixtures.hpp"
+#include "vision/calibrator.hpp"
+#include "vision/chessboard.hpp"
+
+namespace {
+
+using vt::Frame;
+
+static_assert(offsetof(CalibrationRecord, distortion) == 72 &&
+                  offsetof(CalibrationRecord, width) == 104 &&
+                  offsetof(CalibrationRecord, reserved0) == 112 &&
+                  offsetof(CalibrationRecord, perspective) == 136 &&
+                  offsetof(CalibrationRecord, options) == 213,
+              "calibration record layout");
+
+constexpr double kIdentity[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+
+vt::CalibratorPtr make(int32_t width, int32_t height, const double *m, uint8_t options = 0) {
+    CalibrationRecord record{};
+    record.width = width;
+    record.height = height;
+    record.options = options;
+    for (int i = 0; i < 9; ++i)
+        vexo_util_dbl_to_block(m ? m[i] : 0.0, record.perspective[i]);
+    return vt::CalibratorPtr(vexo_calib_create_calibrator(&record));
+}
+
+TEST(CalibCreate, SizeIsClampedAndAllZeroMeansNoPerspective) {
+    const int32_t sizes[][4] = {{50, 5000, 80, 5000}, {10000, 59, 8192, 60}, {80, 60, 80, 60},
+                                {8192, 8193, 8192, 8192}, {-5, INT32_MIN, 80, 60}};
+    for (const auto &s : sizes) {
+        const vt::CalibratorPtr cal = make(s[0], s[1], kIdentity);
+        EXPECT_EQ(cv::Size(s[2], s[3]), cv::Size(cal->width, cal->height)) << s[0] << "x" << s[1];
+    }
+    // Negative zero is zero; one tiny value is a perspective.
+    const double minus_zero[9] = {0, 0, 0, 0, -0.0}, tiny[9] = {0, 0, 0, 0, 0, 0, 0, 0, 1e-300};
+    EXPECT_TRUE(make(640, 480, minus_zero)->perspective.empty());
+    EXPECT_FALSE(make(640, 480, tiny)->perspective.empty());
+    EXPECT_EQ(nullptr, vexo_calib_create_calibrator(nullptr));
+}
+
+// Output: grey, warped, cut to the calibrator's size as lowered (for good)
+// to the frame's, flipped unless top-down; nothing past it is written.
+TEST(CalibStart, FrameBecomesGreyWarpedCutAndFlippedUnlessTopDown) {
+    const double shift[9] = {1, 0, 5, 0, 1, 3, 0, 0, 1}; // (+5, +3): read row by row
+    const uint8_t rgb = IMAGE_FORMAT_RGB24, grey = IMAGE_FORMAT_GREY8, top_down = 1;
+    const struct {
+        const double *m;
+        uint8_t options, format;
+        int cal_w, cal_h, frame_w, frame_h, out_w, out_h;
+    } cases[] = {{kIdentity, 0, rgb, 640, 480, 640, 480, 640, 480},
+                 {kIdentity, top_down, grey, 200, 100, 200, 100, 200, 100},
+                 {nullptr, 0, rgb, 100, 70, 100, 70, 100, 70}, // the grey image itself
+                 {shift, top_down, grey, 120, 90, 120, 90, 120, 90},
+                 {shift, 0xFE, rgb, 120, 90, 120, 90, 120, 90}, // other bits still flip
+                 {kIdentity, 0, grey, 640, 480, 320, 240, 320, 240},
+                 {kIdentity, 0, grey, 640, 480, 100, 600, 100, 480},
+                 {kIdentity, 0, grey, 10, 10, 7, 5, 7, 5}, // below the minimum size
+                 {kIdentity, 0, rgb, 80, 60, 300, 200, 80, 60}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.frame_w << "x" << c.frame_h << " " << +c.options);
+        const cv::Mat image = vt::noise(c.frame_w, c.frame_h);
+        cv::Mat want(image.size(), CV_8UC1, cv::Scalar(0));
+        const int dx = c.m == shift ? 5 : 0, dy = c.m == shift ? 3 : 0;
+        image(cv::Rect(0, 0, c.frame_w - dx, c.frame_h - dy))
+            .copyTo(want(cv::Rect(dx, dy, c.frame_w - dx, c.frame_h - dy)));
+        want = want(cv::Rect(0, 0, c.out_w, c.out_h)).clone();
+        if (!(c.options & CALIB_OPTION_TOP_DOWN))
+            cv::flip(want, want, 0); // output row r is warped row height - 1 - r
+        const vt::CalibratorPtr cal = make(c.cal_w, c.cal_h, c.m, c.options);
+        Frame frame(image, c.format, 16);
+        const std::vector<uint8_t> before = frame.bytes;
+        ASSERT_EQ(VEXO_OK, vexo_calib_start_calibrator(cal.get(), frame.block()));
+        EXPECT_EQ(cv::Size(c.out_w, c.out_h), cv::Size(cal->width, cal->height));
+        EXPECT_TRUE(frame.block()->format == grey && frame.block()->bits == 8);
+        EXPECT_EQ(uint32_t(c.out_w * c.out_h), frame.block()->data_size); // 307200 first
+        frame.block()->format = c.format; // the rest of the header, sizes included, is kept
+        EXPECT_TRUE(std::equal(&before[0], &before[24], frame.bytes.begin()));
+        EXPECT_EQ(0, cv::norm(frame.output(c.out_w, c.out_h), want, cv::NORM_INF));
+        const size_t end = VEXO_IMAGE_HEADER_SIZE + size_t(c.out_w * c.out_h);
+        EXPECT_TRUE(std::equal(before.begin() + end, before.end(), frame.bytes.begin() + end));
+        Frame full(vt::noise(c.cal_w, c.cal_h)); // a later full-size frame
+        ASSERT_EQ(VEXO_OK, vexo_calib_start_calibrator(cal.get(), full.block()));
+        EXPECT_EQ(uint32_t(c.out_w * c.out_h), full.block()->data_size);
+    }
+    // A non-finite or singular perspective gives some image, no fault.
+    const double nan = std::nan(""), singular[9] = {0, 0, 0, 0, 0, 0, 0, 0, 1};
+    const double odd[9] = {nan, 0, 0, 0, std::numeric_limits<double>::infinity(), 0, 0, 0, 1};
+    for (const double *m : {singular, odd}) {
+        Frame frame(vt::noise(100, 80));
+        EXPECT_EQ(VEXO_OK, vexo_calib_start_calibrator(make(100, 80, m).get(), frame.block()));
+    }
+}
+
+constexpr int kColumns = 9, kRows = 6, kCorners = kColumns * kRows;
+constexpr int kOuter[4] = {0, kColumns - 1, (kRows - 1) * kColumns, kCorners - 1}; // 0 8 45 53
+
+// A board with 40-pixel squares as a tilted camera sees it: keystone, turn.
+cv::Mat tilted_board(int columns, int rows) {
+    cv::Mat board((rows + 3) * 40, (columns + 3) * 40, CV_8UC1, cv::Scalar(255)), view;
+    for (int j = 0; j <= rows; ++j)
+        for (int i = j % 2; i <= columns; i += 2)
+            board(cv::Rect(40 + i * 40, 40 + j * 40, 40, 40)).setTo(0);
+    const float w = float(board.cols), h = float(board.rows);
+    const cv::Point2f from[4] = {{0, 0}, {w, 0}, {0, h}, {w, h}};
+    const cv::Point2f to[4] = {{150, 60}, {500, 85}, {90, 420}, {560, 440}};
+    cv::warpPerspective(board, view, cv::getPerspectiveTransform(from, to), cv::Size(640, 480),
+                        cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar(255));
+    return view;
+}
+
+// OpenCV's own search and refinement: the independent reference.
+std::vector<cv::Point2f> find_corners(const cv::Mat &grey, int flags, float eps) {
+    std::vector<cv::Point2f> corners;
+    if (cv::findChessboardCorners(grey, cv::Size(kColumns, kRows), corners, flags))
+        cv::cornerSubPix(grey, corners, cv::Size(11, 11), cv::Size(-1, -1),
+                         cv::TermCriteria(3, 30, eps));
+    return corners;
+}
+
+// Records start as 0xA5 bytes, so every byte a call leaves alone shows.
+bool untouched(const void *from, size_t n) {
+    const auto *p = static_cast<const uint8_t *>(from);
+    return std::all_of(p, p + n, [](uint8_t b) { return b == 0xA5; });
+}
+
+TEST(CalibChessboard, TiltedBoardCalibratedThenSquaredUpByTheCalibrator) {
+    const cv::Mat view = tilted_board(kColumns, kRows);
+    Frame frame(view, IMAGE_FORMAT_RGB24);
+    CalibrationRecord record;
+    std::memset(&record, 0xA5, sizeof record);
+    int32_t found = -1;
+    vt::CornersPtr list(vexo_calib_gen_correction(frame.block(), kColumns, kRows, &record, &found));
+    ASSERT_TRUE(list && found == kCorners) << found;
+    EXPECT_EQ(cv::Size(640, 480), cv::Size(record.width, record.height));
+    EXPECT_TRUE(untouched(record.reserved1, 8)); // 208..215, the option byte among them
+    for (auto &block : record.reserved0)
+        EXPECT_EQ(0.0, vexo_util_block_to_dbl(block));
+
+    // Corners: OpenCV's refined corners rounded half away from zero.
+    const std::vector<cv::Point2f> ref = find_corners(view, 7, 0.1f);
+    ASSERT_EQ(size_t(kCorners), ref.size());
+    for (int i = 0; i < 2 * kCorners; ++i)
+        EXPECT_EQ(std::lround(i % 2 ? ref[i / 2].y : ref[i / 2].x), list.get()[i]) << i;
+
+    // Camera: aspect ratio fixed at width / height, single-precision values.
+    double camera[13];
+    for (int i = 0; i < 13; ++i) {
+        camera[i] = vexo_util_block_to_dbl(i < 9 ? record.camera[i] : record.distortion[i - 9]);
+        EXPECT_EQ(camera[i], double(float(camera[i]))) << i;
+    }
+    EXPECT_TRUE(camera[8] == 1.0 && camera[1] == 0.0 && camera[3] == 0.0);
+    EXPECT_NEAR(640.0 / 480.0, camera[0] / camera[4], 1e-5);
+
+    // Perspective: outer corners onto their bounding box, corner 0 lowest.
+    std::vector<cv::Point2f> outer, mapped;
+    for (int k : kOuter)
+        outer.push_back(ref[k]);
+    const auto [x0, x1] = std::minmax({outer[0].x, outer[1].x, outer[2].x, outer[3].x});
+    const auto [y0, y1] = std::minmax({outer[0].y, outer[1].y, outer[2].y, outer[3].y});
+    cv::Matx33d h;
+    for (int i = 0; i < 9; ++i)
+        h.val[i] = vexo_util_block_to_dbl(record.perspective[i]);
+    cv::perspectiveTransform(outer, mapped, h);
+    const std::vector<cv::Point2f> target = {{x0, y1}, {x1, y1}, {x0, y0}, {x1, y0}};
+    EXPECT_LT(cv::norm(mapped, target, cv::NORM_INF), 1e-3);
+
+    // Round trip: the calibrator puts the outer corners (numbered from any
+    // of them) on that rectangle, turned over unless the output is bottom-up.
+    for (int options : {0, int(CALIB_OPTION_TOP_DOWN)}) {
+        record.options = uint8_t(options);
+        const vt::CalibratorPtr cal(vexo_calib_create_calibrator(&record));
+        Frame again(view, IMAGE_FORMAT_RGB24);
+        ASSERT_EQ(VEXO_OK, vexo_calib_start_calibrator(cal.get(), again.block()));
+        const std::vector<cv::Point2f> seen = find_corners(again.output(640, 480), 3, 0.01f);
+        ASSERT_EQ(size_t(kCorners), seen.size()) << options;
+        const float top = options ? y0 : 479 - y1, bottom = options ? y1 : 479 - y0;
+        for (const cv::Point2f want : {cv::Point2f(x0, top), cv::Point2f(x1, top),
+                                       cv::Point2f(x0, bottom), cv::Point2f(x1, bottom)}) {
+            double nearest = 1e9;
+            for (int k : kOuter)
+                nearest = std::min(nearest, cv::norm(seen[k] - want));
+            EXPECT_LT(nearest, 1.5) << options << " " << want;
+        }
+    }
+}
+
+TEST(CalibChessboard, BoardNotFoundOrRefusedGivesNullAndTheCount) {
+    // A smaller board (OpenCV's count: 0), then sides outside 3..1024.
+    const cv::Mat small = tilted_board(5, 4);
+    std::vector<cv::Point2f> direct;
+    cv::findChessboardCorners(small, cv::Size(kColumns, kRows), direct, 3);
+    Frame frame(small, IMAGE_FORMAT_RGB24), board(tilted_board(kColumns, kRows));
+    const int32_t sides[][2] = {{kColumns, kRows}, {2, 6},      {9, 2},     {0, 0},
+                                {-9, 6},           {9, 1025},   {1025, 6},  {INT32_MIN, 3}};
+    for (const auto &s : sides) {
+        CalibrationRecord record;
+        std::memset(&record, 0xA5, sizeof record);
+        int32_t found = -1;
+        EXPECT_EQ(nullptr, vexo_calib_gen_correction((s[0] == kColumns ? frame : board).block(),
+                                                     s[0], s[1], &record, &found));
+        EXPECT_EQ(s[0] == kColumns ? int32_t(direct.size()) : 0, found) << s[0] << "x" << s[1];
+        EXPECT_EQ(cv::Size(640, 480), cv::Size(record.width, record.height));
+        EXPECT_TRUE(untouched(&record, 104) && untouched(record.reserved0, 104));
+    }
+    CalibrationRecord record;
+    int32_t found = -1;
+    EXPECT_EQ(nullptr, vexo_calib_gen_correction(board.block(), kColumns, kRows, nullptr, &found));
+    EXPECT_EQ(0, found);
+    // Without a count pointer the corners still come back.
+    EXPECT_NE(nullptr, vt::CornersPtr(vexo_calib_gen_correction(board.block(), kColumns, kRows,
+                                                                &record, nullptr)));
+}
+
+TEST(CalibChessboard, CornersRoundHalfAwayFromZeroAndSaturate) {
+    const std::pair<float, int32_t> cases[] = {
+        {12.5f, 13},  {-12.5f, -13}, {12.49f, 12},     {-12.49f, -12},      {-0.0f, 0},
+        {0.5f, 1},    {-0.5f, -1},   {0.49999997f, 0}, {-1e10f, INT32_MIN}, {1e10f, INT32_MAX},
+        {std::nanf(""), INT32_MIN}};
+    for (const auto &[v, want] : cases)
+        EXPECT_EQ(want, vexo::round_corner_coordinate(v)) << v;
+}
+
+} // namespace
