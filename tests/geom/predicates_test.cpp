@@ -19,12 +19,9 @@ uint32_t in_poly(double x, double y, const std::vector<GeomPoint> &poly) {
 
 TEST(GeomPointInRect, InsideBorderOutside) {
     // x 0..10, y -5..12 (distinct bounds catch swapped arguments).
-    const struct {
-        double x, y;
-        uint32_t expected;
-    } cases[] = {{5, 20, 0},  {10, 20, 2}, {5, 5, 1},   {5, 11, 1},  {0, 5, 2},
-                 {5, 12, 2},  {-3, -5, 2}, {11, 5, 0},  {-3, 0, 0},  {-1, -6, 0},
-                 {NAN, 5, 0}, {5, NAN, 0}};
+    const struct { double x, y; uint32_t expected; } cases[] = {
+        {5, 20, 0},  {10, 20, 2}, {5, 5, 1},  {5, 11, 1}, {0, 5, 2},   {5, 12, 2}, {-3, -5, 2},
+        {11, 5, 0},  {-3, 0, 0},  {-1, -6, 0}, {NAN, 5, 0}, {5, NAN, 0}};
     for (const auto &c : cases) {
         const GeomPoint p = point(c.x, c.y);
         EXPECT_EQ(vexo_geom_point_in_rect(&p, 12, 0, -5, 10), c.expected) << c.x << ", " << c.y;
@@ -38,10 +35,8 @@ TEST(GeomPointInPolygon, EdgesArgumentsAndHalfPlaneCrossCheck) {
     const std::vector<GeomPoint> square = {point(0, 0), point(10, 0), point(10, 10), point(0, 10)};
     std::vector<GeomPoint> closed(square.rbegin(), square.rend());
     closed.push_back(closed[0]);
-    const struct {
-        double x, y;
-        uint32_t expected;
-    } cases[] = {{5, 5, 1}, {15, 5, 0}, {10, 5, 0}, {0, 5, 1}, {5, 0, 1}, {5, 10, 0}};
+    const struct { double x, y; uint32_t expected; } cases[] = {
+        {5, 5, 1}, {15, 5, 0}, {10, 5, 0}, {0, 5, 1}, {5, 0, 1}, {5, 10, 0}};
     for (const auto &c : cases) {
         EXPECT_EQ(in_poly(c.x, c.y, square), c.expected) << c.x << ", " << c.y;
         EXPECT_EQ(in_poly(c.x, c.y, closed), c.expected) << c.x << ", " << c.y;
@@ -73,15 +68,10 @@ TEST(GeomPointHeight, PlaneVerticesFlatAndMissing) {
     // B's z, right over B but far off in z does not.
     const GeomPoint tri[3] = {point(0, 0, 0), point(10, 0, 10), point(0, 10, 20)};
     const GeomPoint flat[3] = {point(0, 0, 4.5), point(1, 0, 4.5), point(0, 1, 4.5)};
-    const struct {
-        const GeomPoint *triangle;
-        GeomPoint p;
-        double z, tolerance;
-    } cases[] = {{tri, point(2, 3), 8.0, 1e-12},
-                 {tri, point(20, 20), 60.0, 1e-12},
-                 {tri, point(10.00005, 0.00005, 10.00005), 10.0, 0.0},
-                 {tri, point(10.00005, 0, 500), 10.00005, 1e-9},
-                 {flat, point(1e6, -1e6, 99), 4.5, 0.0}};
+    const struct { const GeomPoint *triangle; GeomPoint p; double z, tolerance; } cases[] = {
+        {tri, point(2, 3), 8.0, 1e-12},   {tri, point(20, 20), 60.0, 1e-12},
+        {tri, point(10.00005, 0.00005, 10.00005), 10.0, 0.0},
+        {tri, point(10.00005, 0, 500), 10.00005, 1e-9}, {flat, point(1e6, -1e6, 99), 4.5, 0.0}};
     double z = -1;
     for (const auto &c : cases) {
         ASSERT_EQ(vexo_geom_point_height(&c.p, c.triangle, &z), VEXO_OK);

@@ -56,10 +56,7 @@ uint32_t reduce_step_by_step(GeomPoint *p, uint32_t count, double min_dist, bool
 } // namespace
 
 TEST(GeomReduce, WorkedCasesAndQuirks) {
-    const struct {
-        std::vector<GeomPoint> in;
-        std::vector<Kept> out;
-    } cases[] = {
+    const struct { std::vector<GeomPoint> in; std::vector<Kept> out; } cases[] = {
         {{p(0, 0), p(0.1, 0), p(1, 0, 1)}, {{0, 0, 0}, {1, 0, 1}}},
         // Exactly min_dist away stays (strict test); the anchor then moves.
         {{p(0, 0), p(0.5, 0), p(0.7, 0), p(2, 0, 1)}, {{0, 0, 0}, {0.5, 0, 0}, {2, 0, 1}}},
@@ -138,12 +135,7 @@ TEST(GeomReduceByAngle, BendsCollinearAndDegenerateLegs) {
                                  twice = {p(0, 0), p(0, 0), p(1, 1, 1)},
                                  tiny = {p(0, 0), p(1, 0), p(2, 5e-8, 1)};
     const Reducer deg = vexo_geom_reduce_by_angle, rad = vexo_geom_reduce_by_angle_2d;
-    const struct {
-        Reducer r;
-        std::vector<GeomPoint> in;
-        double limit;
-        size_t kept;
-    } cases[] = {
+    const struct { Reducer r; std::vector<GeomPoint> in; double limit; size_t kept; } cases[] = {
         {deg, bend(1), 5.0, 2},   {rad, bend(1), 0.0873, 2}, {rad, bend(1), 0.01, 3},
         {deg, bend(1), 0.0873, 3}, // degrees in 3D, radians in 2D
         {deg, bend(90), right, 3}, {deg, bend(90), 90.0, 2}, // acos(0) in float-pi degrees

@@ -11,14 +11,14 @@ using vexo_test::point;
 TEST(GeomSmooth, WorkedExampleStrictThresholdAndZ) {
     // Both neighbours must be closer than max_dist (sqrt 2 here, sqrt 27 in
     // 3D with the middle at z 5); z is never moved.
-    const double root2 = std::sqrt(2.0);
+    const double root2 = std::sqrt(2.0), root27 = std::sqrt(27.0);
     for (auto smoothen : {vexo_geom_smoothen, vexo_geom_smoothen_2d}) {
         for (double max_dist : {1.4, root2, std::nextafter(root2, 2.0), 2.0, 6.0}) {
             GeomPoint pts[3] = {point(0, 0), point(1, 1, 5), point(2, 0)};
             uint32_t status = 0;
             EXPECT_EQ(smoothen(pts, 3, max_dist, &status), pts);
             EXPECT_EQ(status, VEXO_OK);
-            const bool moved = max_dist > (smoothen == vexo_geom_smoothen ? std::sqrt(27.0) : root2);
+            const bool moved = max_dist > (smoothen == vexo_geom_smoothen ? root27 : root2);
             EXPECT_EQ(vexo_test::xyz(pts[1]), (vexo_test::Xyz{1, moved ? 1 / 3.0 : 1, 5}));
         }
     }
@@ -29,9 +29,9 @@ TEST(GeomSmooth, ForwardPassOrderEndsAndDots) {
     GeomPoint zig[4] = {point(0, 0), point(1, 3), point(2, 0), point(3, 3)};
     vexo_geom_smoothen_2d(zig, 4, 10.0, nullptr);
     EXPECT_EQ(zig[2].y, (0.0 + 1.0 + 3.0) / 3.0); // not (0 + 3 + 3) / 3
-    GeomPoint order[3] = {point(0.1, 0), point(0.2, 0), point(0.3, 0)};
+    GeomPoint order[3] = {point(0.1, 0), point(0.7, 0), point(0.3, 0)}; // other orders: 1.1
     vexo_geom_smoothen_2d(order, 3, 1.0, nullptr);
-    EXPECT_EQ(order[1].x, (0.2 + 0.1 + 0.3) / 3.0);
+    EXPECT_EQ(order[1].x, (0.7 + 0.1 + 0.3) / 3.0);
     // Line [0..3], a dot, line [5..8]: only points whose triple holds no
     // end flag move (1 and 6), so each line's last inner point stays too.
     std::vector<GeomPoint> pts = {point(0, 0, 1),    point(1, 1, 2),    point(2, 0, 3),
@@ -49,5 +49,5 @@ TEST(GeomSmooth, ForwardPassOrderEndsAndDots) {
     EXPECT_EQ(vexo_geom_smoothen_2d(nullptr, 50, 10.0, &status), nullptr);
     EXPECT_EQ(status, VEXO_OK);
     vexo_geom_smoothen(order, 3, NAN, nullptr);
-    EXPECT_EQ(order[1].x, (0.2 + 0.1 + 0.3) / 3.0);
+    EXPECT_EQ(order[1].x, (0.7 + 0.1 + 0.3) / 3.0);
 }

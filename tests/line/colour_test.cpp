@@ -16,10 +16,10 @@ namespace {
 
 struct Params { int32_t brightness, contrast, offset[3]; };
 const Params kSets[] = {
-    {0, 0, {}},         {10, 0, {}},       {-10, 0, {}},    {0, 50, {}},     {0, -50, {}},
-    {0, -100, {}},      {0, 1000, {}},     {300, 0, {}},    {INT_MAX, 0, {}}, {INT_MIN, 0, {}},
-    {0, INT_MAX, {}},   {0, INT_MIN, {}},  {-7, 33, {100, -100, 1}},          {3, -99, {-128, 127, 0}},
-    {255, -200, {5, -5, 17}},              {0, 0, {INT_MAX, INT_MIN, 0}}};
+    {0, 0, {}},       {10, 0, {}},      {-10, 0, {}},     {0, 50, {}},      {0, -50, {}},
+    {0, -100, {}},    {0, 1000, {}},    {300, 0, {}},     {INT_MAX, 0, {}}, {INT_MIN, 0, {}},
+    {0, INT_MAX, {}}, {0, INT_MIN, {}}, {-7, 33, {100, -100, 1}},  {3, -99, {-128, 127, 0}},
+    {255, -200, {5, -5, 17}},           {0, 0, {INT_MAX, INT_MIN, 0}}};
 
 // g from the gamma percentage (quotient in double rounded to f32, the rest
 // in double rounded to f32), then 16-bit levels of ((k + 1) / 256)^g.
@@ -102,9 +102,9 @@ TEST(ColourPipelineFreshProcess, FirstGammaStaysForTheProcess) {
 
 TEST(ColourPipeline, ExamplesOnAnyCurveAndBadArguments) {
     // Brightness +-300 saturates; contrast -100 flattens to 127 before offsets.
-    const struct { Params p; uint8_t channel[3]; } flat[] = {{{300, 0, {}}, {255, 255, 255}},
-                                                             {{-300, 0, {}}, {0, 0, 0}},
-                                                             {{0, -100, {1, -1, 200}}, {128, 126, 255}}};
+    const struct { Params p; uint8_t channel[3]; } flat[] = {
+        {{300, 0, {}}, {255, 255, 255}}, {{-300, 0, {}}, {0, 0, 0}},
+        {{0, -100, {1, -1, 200}}, {128, 126, 255}}};
     const std::vector<uint8_t> src = sweep_image();
     std::vector<uint8_t> out(src.size());
     for (const auto &c : flat) {

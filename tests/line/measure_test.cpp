@@ -12,7 +12,7 @@ using vexo_test::point;
 using vexo_test::same_bytes;
 
 TEST(LineMeasure, LengthAndDotCount) {
-    const GeomPoint a = point(1, 2, 3), b = point(4, 6, 15), o = point(0, 0, 0), x = point(10, 0, 0);
+    const GeomPoint a = point(1, 2, 3), b = point(4, 6, 15), o = point(0, 0), x = point(10, 0);
     EXPECT_EQ(vexo_line_get_length(&a, &b, false), 13.0);
     EXPECT_EQ(vexo_line_get_length(&b, &a, true), 5.0);
     EXPECT_EQ(vexo_line_get_length(nullptr, &b, false), 0.0);
@@ -33,12 +33,14 @@ TEST(LineMeasure, DotAlongSegment) {
     // 1e-7 is not normalised.
     const GeomPoint a = point(0, 0, 0, 0x41), b = point(9, 0, 0), c = point(0, 6, 8),
                     same = point(2, 3, 4, 1), tiny = point(2 + 5e-8, 3, 4);
+    const double past_tiny = 2 + 4 * (tiny.x - 2);
     struct { const GeomPoint *a, *b; double spacing; int32_t index; double offset; bool inside;
              vexo_test::Xyz at; } cases[] = {
-        {&a, &b, 3, 2, 1, true, {7, 0, 0}},         {&a, &b, 3, 3, 0, true, {9, 0, 0}},
-        {&a, &b, 3, 4, 0, false, {12, 0, 0}},       {&a, &b, 3, -1, 0.5, false, {-2.5, 0, 0}},
-        {&b, &a, 3, 1, 0, true, {6, 0, 0}},         {&a, &c, 2.5, 2, 0, true, {0, 3, 4}},
-        {&same, &same, 5, 3, 2, true, {2, 3, 4}},   {&same, &tiny, 1, 4, 0, false, {2 + 4 * (tiny.x - 2), 3, 4}}};
+        {&a, &b, 3, 2, 1, true, {7, 0, 0}},       {&a, &b, 3, 3, 0, true, {9, 0, 0}},
+        {&a, &b, 3, 4, 0, false, {12, 0, 0}},     {&a, &b, 3, -1, 0.5, false, {-2.5, 0, 0}},
+        {&b, &a, 3, 1, 0, true, {6, 0, 0}},       {&a, &c, 2.5, 2, 0, true, {0, 3, 4}},
+        {&same, &same, 5, 3, 2, true, {2, 3, 4}},
+        {&same, &tiny, 1, 4, 0, false, {past_tiny, 3, 4}}};
     for (const auto &k : cases) {
         GeomPoint out = point(-1, -1, -1, 0xff);
         EXPECT_EQ(vexo_line_get_dot(k.a, k.b, k.spacing, k.index, &out, k.offset), k.inside);
@@ -69,7 +71,7 @@ TEST(LineMeasure, VectorsSnapOnlyIn2d) {
 }
 
 TEST(LineCompact, RemovesProcessedPointsWhole) {
-    GeomPoint pts[4] = {point(0, 0, 0, 2), {1, 1, 1, 0x41, 9}, point(2, 2, 2, 6), point(3, 3, 3, 1)};
+    GeomPoint pts[4] = {point(0, 0, 0, 2), {1, 1, 1, 0x41, 9}, point(2, 2, 2, 6), point(3, 3)};
     const GeomPoint q = pts[1], s = pts[3];
     uint32_t count = 4;
     EXPECT_EQ(vexo_line_rem_unused_vertices(pts, &count), pts);
