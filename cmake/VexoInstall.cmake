@@ -19,6 +19,8 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vexoConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/vexoConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vexo)
 
+file(RELATIVE_PATH VEXO_PC_TO_PREFIX
+  /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/vexo.pc.in ${CMAKE_CURRENT_BINARY_DIR}/vexo.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vexo.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -32,6 +32,15 @@ double normalise_degrees(double a) {
     return a;
 }
 
+// Going inward, each step takes at most 2sR off r squared, and the walk ends
+// once r is at the inner radius or has crossed zero (r squared below sR).
+// A spiral far beyond the point limit is thereby refused without first
+// building sixteen million points.
+double inward_steps_at_least(double inner, double R, double radius_step) {
+    const double floor = inner > 0.0 ? inner * inner : 0.0;
+    return (R * R - floor - radius_step * R) / (2.0 * radius_step * R);
+}
+
 } // namespace
 
 GeomPoint *create_circle(double radius, const GeomPoint &centre, double start, double end,
@@ -83,6 +92,8 @@ GeomPoint *create_spiral(double inner, double outer, const GeomPoint &centre, do
     const double radius_step = pitch / steps;
     // A radius that never moves would spin forever.
     if (!(radius_step > 0.0))
+        return nullptr;
+    if (!outward && inward_steps_at_least(inner, R, radius_step) > 2.0 * kMaxFigurePoints)
         return nullptr;
 
     PointSink sink;
