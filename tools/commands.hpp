@@ -22,6 +22,11 @@ struct CommandGroup {
     size_t count;
 };
 
+template <size_t N>
+CommandGroup make_group(const char *name, const char *summary, const Command (&commands)[N]) {
+    return CommandGroup{name, summary, commands, N};
+}
+
 CommandGroup corr_group();
 CommandGroup calib_group();
 CommandGroup pattern_group();

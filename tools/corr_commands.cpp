@@ -172,8 +172,7 @@ const Command kCorrCommands[] = {
 } // namespace
 
 CommandGroup corr_group() {
-    return CommandGroup{"corr", "correction tables", kCorrCommands,
-                        sizeof kCorrCommands / sizeof kCorrCommands[0]};
+    return make_group("corr", "correction tables", kCorrCommands);
 }
 
 uint32_t corr_format_option(cli::Args &args) { return format_option(args); }

@@ -201,13 +201,11 @@ const Command kPatternCommands[] = {
 } // namespace
 
 CommandGroup calib_group() {
-    return CommandGroup{"calib", "camera calibration", kCalibCommands,
-                        sizeof kCalibCommands / sizeof kCalibCommands[0]};
+    return make_group("calib", "camera calibration", kCalibCommands);
 }
 
 CommandGroup pattern_group() {
-    return CommandGroup{"pattern", "pattern recognition", kPatternCommands,
-                        sizeof kPatternCommands / sizeof kPatternCommands[0]};
+    return make_group("pattern", "pattern recognition", kPatternCommands);
 }
 
 } // namespace tool
