@@ -1,8 +1,7 @@
-// The calibrator, and calibration from a chessboard the tests draw.
+// Image blocks, the calibrator, and calibration from a chessboard the tests draw.
 #include <cmath>
 #include <cstddef>
 #include <cstring>
-#include <limits>
 
 #include <gtest/gtest.h>
 #include <opencv2/calib3d.hpp>
@@ -10,17 +9,20 @@
 #include "fixtures.hpp"
 #include "vision/calibrator.hpp"
 #include "vision/chessboard.hpp"
+#include "vision/image_block.hpp"
 
 namespace {
 
 using vt::Frame;
 
-static_assert(offsetof(CalibrationRecord, distortion) == 72 &&
+static_assert(offsetof(ImageBlock, kind) == 8 && offsetof(ImageBlock, width) == 16 &&
+                  offsetof(ImageBlock, bits) == 24 && offsetof(ImageBlock, data_size) == 28 &&
+                  offsetof(CalibrationRecord, distortion) == 72 &&
                   offsetof(CalibrationRecord, width) == 104 &&
                   offsetof(CalibrationRecord, reserved0) == 112 &&
                   offsetof(CalibrationRecord, perspective) == 136 &&
                   offsetof(CalibrationRecord, options) == 213,
-              "calibration record layout");
+              "image block and calibration record layouts");
 
 constexpr double kIdentity[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
 
@@ -32,6 +34,77 @@ vt::CalibratorPtr make(int32_t width, int32_t height, const double *m, uint8_t o
     for (int i = 0; i < 9; ++i)
         vexo_util_dbl_to_block(m ? m[i] : 0.0, record.perspective[i]);
     return vt::CalibratorPtr(vexo_calib_create_calibrator(&record));
+}
+
+// Records start as 0xA5 bytes, so every byte a call leaves alone shows.
+CalibrationRecord blank_record() {
+    CalibrationRecord record;
+    std::memset(&record, 0xA5, sizeof record);
+    return record;
+}
+bool untouched(const void *from, size_t n) {
+    const auto *p = static_cast<const uint8_t *>(from);
+    return std::all_of(p, p + n, [](uint8_t b) { return b == 0xA5; });
+}
+
+TEST(ImageBlock, GreyIsTheSignedChannelSumOverThreeTruncated) {
+    // (-56 * 3) / 3 = -56 is 200; (100 + 100 - 126) / 3 = 24; -128 / 3 = -42.
+    const uint8_t examples[][4] = {{200, 200, 200, 200}, {100, 100, 130, 24}, {128, 0, 0, 214},
+                                   {1, 1, 0, 0},         {255, 255, 255, 255}, {128, 128, 128, 128},
+                                   {127, 127, 127, 127}};
+    // Repeated over a frame big enough to be split across workers, rows out of step.
+    Frame frame(cv::Mat(203, 300, CV_8UC1), IMAGE_FORMAT_RGB24);
+    for (size_t i = 0; i < 300 * 203; ++i)
+        std::memcpy(frame.pixels() + 3 * i, examples[i % 7], 3);
+    const cv::Mat grey = vexo::image_block_to_grey(frame.block());
+    ASSERT_EQ(cv::Size(300, 203), grey.size());
+    for (size_t i = 0; i < grey.total(); ++i)
+        ASSERT_EQ(examples[i % 7][3], grey.data[i]) << i;
+}
+
+TEST(ImageBlock, UnusableBlocksAreRefusedEverywhereAndLeftAlone) {
+    constexpr int32_t kMax = vexo::kMaxImageSide;
+    Frame good(vt::noise(64, 48));
+    const vt::KeypointsPtr kps(vexo_prcg_alloc_keypoints(3));
+    const vt::RecogniserPtr rec(
+        vexo_prcg_create_recogniser(kps.get(), 3, RECOGNISER_SURF, good.block(), 0, 0));
+    const vt::CalibratorPtr cal = make(640, 480, nullptr);
+    ASSERT_TRUE(rec && cal);
+    // Kind, format, width, height; kind 0: no block at all, nothing written.
+    const int32_t cases[][4] = {{1, 17, 16, 16},      {2, 3, 16, 16},       {2, 0, 16, 16},
+                                {2, 17, 0, 16},       {2, 1, 16, -1},       {2, 17, kMax + 1, 1},
+                                {2, 17, 1, kMax + 1}, {2, 17, kMax, kMax},  {2, 1, INT32_MAX, 1},
+                                {2, 17, 16, INT32_MIN}, {0, 17, 16, 16}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(::testing::Message() << c[0] << " " << c[1] << " " << c[2] << "x" << c[3]);
+        Frame frame(vt::noise(16, 16));
+        frame.block()->kind = uint8_t(c[0]);
+        frame.block()->format = uint8_t(c[1]);
+        frame.set_size(c[2], c[3]);
+        ImageBlock *block = c[0] ? frame.block() : nullptr;
+        const std::vector<uint8_t> before = frame.bytes;
+        EXPECT_EQ(VEXO_ERROR_NO_MEMORY, vexo_calib_start_calibrator(cal.get(), block));
+        EXPECT_TRUE(before == frame.bytes);
+        CalibrationRecord record{};
+        record.width = -7;
+        int32_t found = -1, count = 5;
+        uint32_t options = 0x31;
+        EXPECT_EQ(nullptr, vexo_calib_gen_correction(block, 9, 6, &record, &found));
+        EXPECT_TRUE(found == 0 && record.width == (c[0] ? c[2] : -7)); // width copied first
+        EXPECT_EQ(nullptr, vexo_prcg_gen_keypoints(block, &count, &options, 0, 0, 9, 9));
+        EXPECT_TRUE(count == -1 && options == 0x31);
+        RecognitionResult result{1, 2, 3, 0};
+        vexo_prcg_start_recogniser(rec.get(), block, &result);
+        EXPECT_TRUE(vt::only_status(result, VEXO_ERROR_NO_MEMORY));
+    }
+    EXPECT_EQ(640, cal->width); // refused frames lower nothing
+    Frame widest(vt::noise(kMax, 1)); // the largest side accepted
+    EXPECT_EQ(VEXO_OK, vexo_calib_start_calibrator(cal.get(), widest.block()));
+    // No handle: 9, figures 0.
+    EXPECT_EQ(VEXO_ERROR_NO_HANDLE, vexo_calib_start_calibrator(nullptr, good.block()));
+    RecognitionResult result{1, 2, 3, 0};
+    vexo_prcg_start_recogniser(nullptr, good.block(), &result);
+    EXPECT_TRUE(vt::only_status(result, VEXO_ERROR_NO_HANDLE));
 }
 
 TEST(CalibCreate, SizeIsClampedAndAllZeroMeansNoPerspective) {
@@ -54,11 +127,8 @@ TEST(CalibStart, FrameBecomesGreyWarpedCutAndFlippedUnlessTopDown) {
     const double shift[9] = {1, 0, 5, 0, 1, 3, 0, 0, 1}; // (+5, +3): read row by row
     const uint8_t rgb = IMAGE_FORMAT_RGB24, grey = IMAGE_FORMAT_GREY8, top_down = 1;
     const struct {
-        const double *m;
-        uint8_t options, format;
-        int cal_w, cal_h, frame_w, frame_h, out_w, out_h;
-    } cases[] = {{kIdentity, 0, rgb, 640, 480, 640, 480, 640, 480},
-                 {kIdentity, top_down, grey, 200, 100, 200, 100, 200, 100},
+        const double *m; uint8_t options, format; int cal_w, cal_h, frame_w, frame_h, out_w, out_h;
+    } cases[] = {{kIdentity, top_down, grey, 200, 100, 200, 100, 200, 100},
                  {nullptr, 0, rgb, 100, 70, 100, 70, 100, 70}, // the grey image itself
                  {shift, top_down, grey, 120, 90, 120, 90, 120, 90},
                  {shift, 0xFE, rgb, 120, 90, 120, 90, 120, 90}, // other bits still flip
@@ -69,20 +139,19 @@ TEST(CalibStart, FrameBecomesGreyWarpedCutAndFlippedUnlessTopDown) {
     for (const auto &c : cases) {
         SCOPED_TRACE(::testing::Message() << c.frame_w << "x" << c.frame_h << " " << +c.options);
         const cv::Mat image = vt::noise(c.frame_w, c.frame_h);
-        cv::Mat want(image.size(), CV_8UC1, cv::Scalar(0));
         const int dx = c.m == shift ? 5 : 0, dy = c.m == shift ? 3 : 0;
-        image(cv::Rect(0, 0, c.frame_w - dx, c.frame_h - dy))
-            .copyTo(want(cv::Rect(dx, dy, c.frame_w - dx, c.frame_h - dy)));
+        cv::Mat want; // shifted by (dx, dy) and cut
+        cv::copyMakeBorder(image, want, dy, 0, dx, 0, cv::BORDER_CONSTANT, cv::Scalar(0));
         want = want(cv::Rect(0, 0, c.out_w, c.out_h)).clone();
-        if (!(c.options & CALIB_OPTION_TOP_DOWN))
+        if (!(c.options & top_down))
             cv::flip(want, want, 0); // output row r is warped row height - 1 - r
         const vt::CalibratorPtr cal = make(c.cal_w, c.cal_h, c.m, c.options);
         Frame frame(image, c.format, 16);
         const std::vector<uint8_t> before = frame.bytes;
         ASSERT_EQ(VEXO_OK, vexo_calib_start_calibrator(cal.get(), frame.block()));
         EXPECT_EQ(cv::Size(c.out_w, c.out_h), cv::Size(cal->width, cal->height));
-        EXPECT_TRUE(frame.block()->format == grey && frame.block()->bits == 8);
-        EXPECT_EQ(uint32_t(c.out_w * c.out_h), frame.block()->data_size); // 307200 first
+        EXPECT_TRUE(frame.block()->format == grey && frame.block()->bits == 8 &&
+                    frame.block()->data_size == uint32_t(c.out_w * c.out_h));
         frame.block()->format = c.format; // the rest of the header, sizes included, is kept
         EXPECT_TRUE(std::equal(&before[0], &before[24], frame.bytes.begin()));
         EXPECT_EQ(0, cv::norm(frame.output(c.out_w, c.out_h), want, cv::NORM_INF));
@@ -93,8 +162,8 @@ TEST(CalibStart, FrameBecomesGreyWarpedCutAndFlippedUnlessTopDown) {
         EXPECT_EQ(uint32_t(c.out_w * c.out_h), full.block()->data_size);
     }
     // A non-finite or singular perspective gives some image, no fault.
-    const double nan = std::nan(""), singular[9] = {0, 0, 0, 0, 0, 0, 0, 0, 1};
-    const double odd[9] = {nan, 0, 0, 0, std::numeric_limits<double>::infinity(), 0, 0, 0, 1};
+    const double singular[9] = {0, 0, 0, 0, 0, 0, 0, 0, 1};
+    const double odd[9] = {NAN, 0, 0, 0, INFINITY, 0, 0, 0, 1};
     for (const double *m : {singular, odd}) {
         Frame frame(vt::noise(100, 80));
         EXPECT_EQ(VEXO_OK, vexo_calib_start_calibrator(make(100, 80, m).get(), frame.block()));
@@ -127,17 +196,10 @@ std::vector<cv::Point2f> find_corners(const cv::Mat &grey, int flags, float eps)
     return corners;
 }
 
-// Records start as 0xA5 bytes, so every byte a call leaves alone shows.
-bool untouched(const void *from, size_t n) {
-    const auto *p = static_cast<const uint8_t *>(from);
-    return std::all_of(p, p + n, [](uint8_t b) { return b == 0xA5; });
-}
-
 TEST(CalibChessboard, TiltedBoardCalibratedThenSquaredUpByTheCalibrator) {
     const cv::Mat view = tilted_board(kColumns, kRows);
     Frame frame(view, IMAGE_FORMAT_RGB24);
-    CalibrationRecord record;
-    std::memset(&record, 0xA5, sizeof record);
+    CalibrationRecord record = blank_record();
     int32_t found = -1;
     vt::CornersPtr list(vexo_calib_gen_correction(frame.block(), kColumns, kRows, &record, &found));
     ASSERT_TRUE(list && found == kCorners) << found;
@@ -174,37 +236,33 @@ TEST(CalibChessboard, TiltedBoardCalibratedThenSquaredUpByTheCalibrator) {
     const std::vector<cv::Point2f> target = {{x0, y1}, {x1, y1}, {x0, y0}, {x1, y0}};
     EXPECT_LT(cv::norm(mapped, target, cv::NORM_INF), 1e-3);
 
-    // Round trip: the calibrator puts the outer corners (numbered from any
-    // of them) on that rectangle, turned over unless the output is bottom-up.
-    for (int options : {0, int(CALIB_OPTION_TOP_DOWN)}) {
-        record.options = uint8_t(options);
-        const vt::CalibratorPtr cal(vexo_calib_create_calibrator(&record));
-        Frame again(view, IMAGE_FORMAT_RGB24);
-        ASSERT_EQ(VEXO_OK, vexo_calib_start_calibrator(cal.get(), again.block()));
-        const std::vector<cv::Point2f> seen = find_corners(again.output(640, 480), 3, 0.01f);
-        ASSERT_EQ(size_t(kCorners), seen.size()) << options;
-        const float top = options ? y0 : 479 - y1, bottom = options ? y1 : 479 - y0;
-        for (const cv::Point2f want : {cv::Point2f(x0, top), cv::Point2f(x1, top),
-                                       cv::Point2f(x0, bottom), cv::Point2f(x1, bottom)}) {
-            double nearest = 1e9;
-            for (int k : kOuter)
-                nearest = std::min(nearest, cv::norm(seen[k] - want));
-            EXPECT_LT(nearest, 1.5) << options << " " << want;
-        }
+    // Round trip: the bottom-up calibrator puts the outer corners (numbered
+    // from any of them) on that rectangle, turned over.
+    record.options = 0;
+    const vt::CalibratorPtr cal(vexo_calib_create_calibrator(&record));
+    Frame again(view, IMAGE_FORMAT_RGB24);
+    ASSERT_EQ(VEXO_OK, vexo_calib_start_calibrator(cal.get(), again.block()));
+    const std::vector<cv::Point2f> seen = find_corners(again.output(640, 480), 3, 0.01f);
+    ASSERT_EQ(size_t(kCorners), seen.size());
+    for (const cv::Point2f want : {cv::Point2f(x0, 479 - y1), cv::Point2f(x1, 479 - y1),
+                                   cv::Point2f(x0, 479 - y0), cv::Point2f(x1, 479 - y0)}) {
+        double nearest = 1e9;
+        for (int k : kOuter)
+            nearest = std::min(nearest, cv::norm(seen[k] - want));
+        EXPECT_LT(nearest, 1.5) << want;
     }
 }
 
 TEST(CalibChessboard, BoardNotFoundOrRefusedGivesNullAndTheCount) {
-    // A smaller board (OpenCV's count: 0), then sides outside 3..1024.
+    // A smaller board (OpenCV's count: 0), then sides outside 3..1024; then no record.
     const cv::Mat small = tilted_board(5, 4);
     std::vector<cv::Point2f> direct;
     cv::findChessboardCorners(small, cv::Size(kColumns, kRows), direct, 3);
     Frame frame(small, IMAGE_FORMAT_RGB24), board(tilted_board(kColumns, kRows));
-    const int32_t sides[][2] = {{kColumns, kRows}, {2, 6},      {9, 2},     {0, 0},
-                                {-9, 6},           {9, 1025},   {1025, 6},  {INT32_MIN, 3}};
+    const int32_t sides[][2] = {{kColumns, kRows}, {2, 6},    {9, 2},    {0, 0},
+                                {-9, 6},   {9, 1025}, {1025, 6}, {INT32_MIN, 3}};
     for (const auto &s : sides) {
-        CalibrationRecord record;
-        std::memset(&record, 0xA5, sizeof record);
+        CalibrationRecord record = blank_record();
         int32_t found = -1;
         EXPECT_EQ(nullptr, vexo_calib_gen_correction((s[0] == kColumns ? frame : board).block(),
                                                      s[0], s[1], &record, &found));
@@ -212,11 +270,11 @@ TEST(CalibChessboard, BoardNotFoundOrRefusedGivesNullAndTheCount) {
         EXPECT_EQ(cv::Size(640, 480), cv::Size(record.width, record.height));
         EXPECT_TRUE(untouched(&record, 104) && untouched(record.reserved0, 104));
     }
-    CalibrationRecord record;
     int32_t found = -1;
     EXPECT_EQ(nullptr, vexo_calib_gen_correction(board.block(), kColumns, kRows, nullptr, &found));
     EXPECT_EQ(0, found);
     // Without a count pointer the corners still come back.
+    CalibrationRecord record;
     EXPECT_NE(nullptr, vt::CornersPtr(vexo_calib_gen_correction(board.block(), kColumns, kRows,
                                                                 &record, nullptr)));
 }

@@ -45,6 +45,11 @@ struct Frame {
     cv::Mat output(int width, int height) { return cv::Mat(height, width, CV_8UC1, pixels()); }
 };
 
+// The result of a recogniser that reports `status` and no figures.
+inline bool only_status(const RecognitionResult &r, uint32_t status) {
+    return r.status == int32_t(status) && r.x == 0.0f && r.y == 0.0f && r.rotation == 0.0f;
+}
+
 // Random grey pixels: every row and column differs.
 inline cv::Mat noise(int width, int height, uint64_t seed = 1) {
     cv::Mat m(height, width, CV_8UC1);
@@ -95,11 +100,9 @@ inline cv::Mat scene(uint64_t seed, const cv::Mat &pattern, const cv::Matx23d &t
 // counter-clockwise on screen) about the pattern centre, put on `centre`.
 inline cv::Matx23d placement(cv::Size pattern, double angle_deg, double scale,
                              cv::Point2d centre) {
-    cv::Matx23d m = cv::getRotationMatrix2D(
-        cv::Point2f(pattern.width / 2.0f, pattern.height / 2.0f), angle_deg, scale);
-    m(0, 2) += centre.x - pattern.width / 2.0;
-    m(1, 2) += centre.y - pattern.height / 2.0;
-    return m;
+    const cv::Point2f mid(pattern.width / 2.0f, pattern.height / 2.0f);
+    return cv::Matx23d(cv::getRotationMatrix2D(mid, angle_deg, scale)) +
+           cv::Matx23d(0, 0, centre.x - mid.x, 0, 0, centre.y - mid.y);
 }
 
 } // namespace vt

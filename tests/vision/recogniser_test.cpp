@@ -1,5 +1,5 @@
-// Keypoint sets and the recogniser: record rules, teaching, and recognition
-// on synthetic scenes with known placements.
+// Pattern recognition: keypoint record rules, our SURF against analytic
+// figures, teaching, and recognition on synthetic scenes with known placements.
 #include <cmath>
 #include <cstring>
 
@@ -8,10 +8,13 @@
 #include "fixtures.hpp"
 #include "vision/keypoints.hpp"
 #include "vision/recogniser.hpp"
+#include "vision/surf.hpp"
+#include "vision/surf_internal.hpp"
 
 namespace {
 
 using vexo::DetectorKind;
+using vexo::Surf;
 using vt::Frame;
 using vt::RecogniserPtr;
 
@@ -62,47 +65,40 @@ TEST(PrcgRules, ThousandthsFootprintChoiceRatioAndAllocation) {
 // The pattern near the reference's (0, 0), whose image is the reported
 // figure; taught 10 pixels inside its edges, away from the background.
 constexpr int32_t kOrigin = 10, kSide = 120, kLeft = kOrigin + 10, kRight = kOrigin + kSide - 10;
+const cv::Mat kPattern = vt::make_pattern(kSide, kSide, 42);
+Frame reference(vt::scene(1, kPattern, vt::placement(kPattern.size(), 0, 1, {70, 70})));
 
-class PrcgScene : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() { pattern_ = vt::make_pattern(kSide, kSide, 42); }
-    static inline cv::Mat pattern_;
-    Frame reference_{vt::scene(1, pattern_, vt::placement(pattern_.size(), 0, 1, {70, 70}))};
+std::vector<PatternKeypoint> teach(uint32_t *options) {
+    int32_t count = 0;
+    const vt::KeypointsPtr k(
+        vexo_prcg_gen_keypoints(reference.block(), &count, options, kLeft, kLeft, kRight, kRight));
+    EXPECT_EQ(k ? count : -1, count);
+    return std::vector<PatternKeypoint>(k.get(), k.get() + (k ? count : 0));
+}
+RecogniserPtr create(const std::vector<PatternKeypoint> &kps, int32_t count, uint32_t options,
+                     Frame &ref = reference) {
+    return RecogniserPtr(
+        vexo_prcg_create_recogniser(kps.data(), count, options, ref.block(), kOrigin, kOrigin));
+}
+// Taught with the option word's detector (ORB when none).
+RecogniserPtr make(uint32_t options) {
+    uint32_t taught = options & RECOGNISER_DETECTOR_MASK ? options : RECOGNISER_ORB;
+    const auto kps = teach(&taught);
+    return create(kps, int32_t(kps.size()), options);
+}
+// `truth`: where the reference's (0, 0), pattern point -origin, lands.
+RecognitionResult find(Recogniser *rec, double angle, double scale, cv::Point2d centre,
+                       cv::Point2d *truth = nullptr) {
+    const cv::Matx23d a = vt::placement(kPattern.size(), angle, scale, centre);
+    if (truth)
+        *truth = cv::Point2d(a * cv::Vec3d(-kOrigin, -kOrigin, 1)) - cv::Point2d(kOrigin, kOrigin);
+    Frame frame(vt::scene(77, kPattern, a));
+    RecognitionResult r{1, 2, 3, 0};
+    vexo_prcg_start_recogniser(rec, frame.block(), &r);
+    return r;
+}
 
-    std::vector<PatternKeypoint> teach(uint32_t *options) {
-        int32_t count = 0;
-        const vt::KeypointsPtr k(vexo_prcg_gen_keypoints(reference_.block(), &count, options,
-                                                         kLeft, kLeft, kRight, kRight));
-        EXPECT_EQ(k ? count : -1, count);
-        return std::vector<PatternKeypoint>(k.get(), k.get() + (k ? count : 0));
-    }
-    RecogniserPtr create(const std::vector<PatternKeypoint> &kps, int32_t count, uint32_t options,
-                         Frame *reference = nullptr) {
-        return RecogniserPtr(vexo_prcg_create_recogniser(
-            kps.data(), count, options, (reference ? reference : &reference_)->block(), kOrigin,
-            kOrigin));
-    }
-    // Taught with the option word's detector (ORB when none).
-    RecogniserPtr make(uint32_t options) {
-        uint32_t taught = options & RECOGNISER_DETECTOR_MASK ? options : RECOGNISER_ORB;
-        const auto kps = teach(&taught);
-        return create(kps, int32_t(kps.size()), options);
-    }
-    // `truth`: where the reference's (0, 0), pattern point -origin, lands.
-    static RecognitionResult find(Recogniser *rec, double angle, double scale, cv::Point2d centre,
-                                  cv::Point2d *truth = nullptr) {
-        const cv::Matx23d a = vt::placement(pattern_.size(), angle, scale, centre);
-        if (truth)
-            *truth = cv::Point2d(a * cv::Vec3d(-kOrigin, -kOrigin, 1)) -
-                     cv::Point2d(kOrigin, kOrigin);
-        Frame frame(vt::scene(77, pattern_, a));
-        RecognitionResult r{1, 2, 3, 0};
-        vexo_prcg_start_recogniser(rec, frame.block(), &r);
-        return r;
-    }
-};
-
-TEST_F(PrcgScene, TeachingKeepsThePresetOrPicksTheBestScore) {
+TEST(PrcgTeach, KeepsThePresetOrPicksTheBestScoreAndRefusesNothingToTeach) {
     size_t scores[3];
     for (int k = 0; k < 3; ++k) {
         const uint32_t bit = vexo::detector_bit(DetectorKind(k));
@@ -122,47 +118,41 @@ TEST_F(PrcgScene, TeachingKeepsThePresetOrPicksTheBestScore) {
     EXPECT_EQ(RECOGNISER_ROTATION | vexo::detector_bit(best), options);
     EXPECT_EQ(scores[int(best)], chosen);
 
-    // Nothing to teach: all detectors excluded (SURF named); bad rectangles.
+    // Nothing to teach: all detectors excluded (SURF named); bad rectangles
+    // (inverted, empty, off the image); no options; no count.
     options = 0x800 | RECOGNISER_POSITION;
     EXPECT_TRUE(teach(&options).empty());
     EXPECT_EQ(RECOGNISER_SURF | RECOGNISER_POSITION, options);
     const int32_t rects[][4] = {{120, 20, 20, 120}, {20, 20, 20, 120}, {5000, 5000, 6000, 6000}};
     for (const auto &r : rects) {
         int32_t count = 5;
-        EXPECT_EQ(nullptr, vexo_prcg_gen_keypoints(reference_.block(), &count, &options, r[0],
+        EXPECT_EQ(nullptr, vexo_prcg_gen_keypoints(reference.block(), &count, &options, r[0],
                                                    r[1], r[2], r[3]));
         EXPECT_EQ(-1, count);
     }
     int32_t count = 5;
-    EXPECT_EQ(nullptr, vexo_prcg_gen_keypoints(reference_.block(), &count, nullptr, 0, 0, 9, 9));
+    EXPECT_EQ(nullptr, vexo_prcg_gen_keypoints(reference.block(), &count, nullptr, 0, 0, 9, 9));
     EXPECT_EQ(-1, count);
-    EXPECT_EQ(nullptr, vexo_prcg_gen_keypoints(reference_.block(), nullptr, &options, 0, 0, 9, 9));
+    EXPECT_EQ(nullptr, vexo_prcg_gen_keypoints(reference.block(), nullptr, &options, 0, 0, 9, 9));
 }
 
 // Bounds allow for ORB's coarse pyramid levels and for one mismatch tilting
 // the least-squares homography; rotation is counter-clockwise on screen.
-TEST_F(PrcgScene, FindsThePatternForEveryDetectorAndMatcher) {
-    const struct {
-        uint32_t options;
-        double position_px, rotation_deg;
-    } setups[] = {{RECOGNISER_SIFT, 2.0, 2.0}, {RECOGNISER_SIFT | RECOGNISER_FLANN, 2.0, 2.0},
-                  {RECOGNISER_SURF, 2.0, 2.5}, {RECOGNISER_SURF | RECOGNISER_FLANN, 2.0, 2.5},
-                  {RECOGNISER_ORB, 3.0, 5.0},
-                  {RECOGNISER_FLANN, 3.0, 5.0}}; // ORB: Hamming, never a KD-tree
-    const struct {
-        double angle, scale;
-        cv::Point2d centre;
-    } placements[] = {{0, 1.0, {170, 120}},   {-40, 1.0, {165, 118}}, {90, 1.0, {160, 120}},
-                      {-10, 0.9, {150, 110}}, {-15, 1.2, {160, 120}}};
+TEST(PrcgFind, FindsThePatternForEveryDetectorAndMatcher) {
+    const struct { uint32_t options; double position_px, rotation_deg; } setups[] = {
+        {RECOGNISER_SIFT, 2.0, 2.0}, {RECOGNISER_SIFT | RECOGNISER_FLANN, 2.0, 2.0},
+        {RECOGNISER_SURF, 2.0, 2.5}, {RECOGNISER_SURF | RECOGNISER_FLANN, 2.0, 2.5},
+        {RECOGNISER_ORB, 3.0, 5.0},  {RECOGNISER_FLANN, 3.0, 5.0}}; // ORB: Hamming, never a KD-tree
+    const struct { double angle, scale; cv::Point2d centre; } placements[] = {
+        {0, 1.0, {170, 120}},   {-40, 1.0, {165, 118}}, {90, 1.0, {160, 120}},
+        {-10, 0.9, {150, 110}}, {-15, 1.2, {160, 120}}};
     for (const auto &setup : setups) {
         RecogniserPtr rec = make(setup.options | RECOGNISER_POSITION | RECOGNISER_ROTATION);
         ASSERT_NE(nullptr, rec) << setup.options;
-        if (!(setup.options & RECOGNISER_DETECTOR_MASK)) {
-            EXPECT_TRUE(!rec->orb.empty() && rec->sift.empty() && rec->surf.empty());
-        }
+        EXPECT_TRUE((setup.options & RECOGNISER_DETECTOR_MASK) ||
+                    (!rec->orb.empty() && rec->sift.empty() && rec->surf.empty()));
         for (const auto &p : placements) {
-            SCOPED_TRACE(::testing::Message() << "options 0x" << std::hex << setup.options
-                                              << std::dec << " at " << p.angle << ", " << p.scale);
+            SCOPED_TRACE(testing::Message() << setup.options << " " << p.angle << " " << p.scale);
             cv::Point2d truth;
             const RecognitionResult r = find(rec.get(), p.angle, p.scale, p.centre, &truth);
             ASSERT_EQ(int32_t(VEXO_OK), r.status);
@@ -180,13 +170,12 @@ TEST_F(PrcgScene, FindsThePatternForEveryDetectorAndMatcher) {
     EXPECT_NEAR(90.0, r.rotation, 1.0);
 }
 
-TEST_F(PrcgScene, RefusalsAndStatusesWhenNothingCanBeFound) {
+TEST(PrcgFind, RefusalsAndStatusesWhenNothingCanBeFound) {
     uint32_t options = RECOGNISER_SURF | RECOGNISER_POSITION;
     const auto kps = teach(&options);
     ASSERT_GE(kps.size(), 4u);
-    EXPECT_EQ(nullptr, create(kps, 2, options)); // two keypoints
-    EXPECT_EQ(nullptr, create(kps, -5, options));
-    EXPECT_EQ(nullptr, vexo_prcg_create_recogniser(nullptr, 10, options, reference_.block(), 0, 0));
+    EXPECT_TRUE(!create(kps, 2, options) && !create(kps, -5, options)); // two keypoints, fewer
+    EXPECT_EQ(nullptr, vexo_prcg_create_recogniser(nullptr, 10, options, reference.block(), 0, 0));
 
     // Three keypoints (/ 1000, default 64-float extractor): no homography.
     const RecogniserPtr three = create(kps, 3, options);
@@ -194,7 +183,7 @@ TEST_F(PrcgScene, RefusalsAndStatusesWhenNothingCanBeFound) {
     EXPECT_EQ(cv::Size(64, 3), three->pattern_descriptors.size());
     EXPECT_EQ(float(kps[2].y) / 1000.0f, three->pattern_keypoints[2].pt.y);
     RecognitionResult r{};
-    vexo_prcg_start_recogniser(three.get(), reference_.block(), &r);
+    vexo_prcg_start_recogniser(three.get(), reference.block(), &r);
     EXPECT_TRUE(r.status == int32_t(VEXO_ERROR_INVALID_PARAMETER) ||
                 r.status == int32_t(VEXO_ERROR_NO_RATIO_MATCH))
         << r.status;
@@ -204,17 +193,132 @@ TEST_F(PrcgScene, RefusalsAndStatusesWhenNothingCanBeFound) {
     Frame flat(cv::Mat(240, 320, CV_8UC1, cv::Scalar(120)));
     r = {1, 2, 3, 0};
     vexo_prcg_start_recogniser(rec.get(), flat.block(), &r);
-    EXPECT_EQ(int32_t(VEXO_ERROR_NO_HANDLE), r.status);
-    EXPECT_TRUE(r.x == 0.0f && r.y == 0.0f && r.rotation == 0.0f);
-    vexo_prcg_start_recogniser(rec.get(), reference_.block(), nullptr); // nowhere to report
+    EXPECT_TRUE(vt::only_status(r, VEXO_ERROR_NO_HANDLE)) << r.status;
+    vexo_prcg_start_recogniser(rec.get(), reference.block(), nullptr); // nowhere to report
 
     // An unreadable reference gives a handle that never finds: 9.
     Frame unreadable(cv::Mat(20, 20, CV_8UC1, cv::Scalar(0)));
     unreadable.block()->kind = 0;
-    const RecogniserPtr blind = create(kps, int32_t(kps.size()), options, &unreadable);
+    const RecogniserPtr blind = create(kps, int32_t(kps.size()), options, unreadable);
     ASSERT_NE(nullptr, blind);
-    vexo_prcg_start_recogniser(blind.get(), reference_.block(), &r);
+    vexo_prcg_start_recogniser(blind.get(), reference.block(), &r);
     EXPECT_EQ(int32_t(VEXO_ERROR_NO_HANDLE), r.status);
+}
+
+TEST(SurfIntegral, BoxSumsAreExactAndFiltersGrowPerOctave) {
+    const cv::Mat img = vt::noise(53, 37, 7);
+    const vexo::IntegralImage ii(img);
+    cv::RNG rng(11);
+    for (int k = 0; k < 200; ++k) {
+        const int r0 = rng.uniform(0, 37), r1 = rng.uniform(r0, 38);
+        const int c0 = rng.uniform(0, 53), c1 = rng.uniform(c0, 54);
+        ASSERT_EQ(float(cv::sum(img(cv::Range(r0, r1), cv::Range(c0, c1)))[0]),
+                  ii.box(r0, c0, r1, c1));
+    }
+    EXPECT_EQ(float(cv::sum(img)[0]), ii.box_clamped(-10, -10, 100, 100));
+    // The 32-bit running sum wraps; boxes up to the side limit stay exact.
+    const vexo::IntegralImage white(cv::Mat(4096, 1100, CV_8UC1, cv::Scalar(255)));
+    EXPECT_EQ(255.0 * 4096 * 1100, double(white.box(0, 0, 4096, 1100)));
+    EXPECT_EQ(255.0 * 96 * 100, double(white.box(4000, 1000, 4096, 1100)));
+    const int sizes[3][4] = {{9, 15, 21, 27}, {15, 27, 39, 51}, {27, 51, 75, 99}};
+    for (int o = 0; o < 12; ++o)
+        EXPECT_EQ(sizes[o / 4][o % 4], vexo::surf_filter_size(o / 4, o % 4)) << o;
+}
+
+TEST(SurfDetect, GaussianBlobFoundAtItsCentreScaleAndBoxResponse) {
+    const double cx = 60.3, cy = 50.7, sigma = 4.0, two_s2 = 2 * sigma * sigma;
+    cv::Mat img(100, 120, CV_8UC1);
+    for (int r = 0; r < img.rows; ++r)
+        for (int c = 0; c < img.cols; ++c)
+            img.at<uint8_t>(r, c) = cv::saturate_cast<uint8_t>(
+                200 - 150 * std::exp(-(std::pow(c - cx, 2) + std::pow(r - cy, 2)) / two_s2));
+    std::vector<cv::KeyPoint> kps;
+    Surf::create(400, 4, 2, false, false)->detect(img, kps);
+    ASSERT_FALSE(kps.empty());
+    const cv::KeyPoint best = *std::max_element(
+        kps.begin(), kps.end(), [](auto &a, auto &b) { return a.response < b.response; });
+    EXPECT_NEAR(cx, best.pt.x, 0.5);
+    EXPECT_NEAR(cy, best.pt.y, 0.5);
+    EXPECT_NEAR(sigma, best.size / 2.0, sigma * 0.3);
+    EXPECT_TRUE(best.angle >= 0.0f && best.angle < 360.0f) << best.angle;
+    // Independent figure: the 21-box weights (lobe 7; +1, -2, +1 across 21
+    // columns, 13 rows) summed over the analytic blob at its centre give
+    // Dxx = Dyy = 26.60, Dxy = 0, so det = 707.6, a little less off-centre.
+    double sx = 0, sy = 0;
+    for (int t = -10; t <= 10; ++t)
+        sx += (std::abs(t) > 3 ? 1.0 : -2.0) * std::exp(-t * t / two_s2);
+    for (int t = -6; t <= 6; ++t)
+        sy += std::exp(-t * t / two_s2);
+    const double det = std::pow(150.0 * sx * sy / (21.0 * 21.0), 2);
+    EXPECT_NEAR(707.59, det, 0.01);
+    EXPECT_NEAR(det, best.response, 0.03 * det);
+}
+
+TEST(SurfDetect, NothingToFindMaskThresholdAndProvidedKeypoints) {
+    auto surf = Surf::create(400, 4, 2, true, false);
+    std::vector<cv::KeyPoint> kps{cv::KeyPoint(1, 1, 2)}, strong;
+    cv::Mat desc;
+    // Flat, smaller than the first octave's largest filter, empty.
+    for (const cv::Mat &img : {cv::Mat(120, 160, CV_8UC1, cv::Scalar(90)),
+                               vt::make_pattern(20, 20, 3), cv::Mat()}) {
+        surf->detectAndCompute(img, cv::noArray(), kps, desc);
+        EXPECT_TRUE(kps.empty() && desc.rows == 0);
+    }
+    // Masked to the left half; the threshold bounds the determinant.
+    const cv::Mat img = vt::make_pattern(200, 160, 21);
+    cv::Mat mask(img.size(), CV_8UC1, cv::Scalar(0));
+    mask.colRange(0, 100).setTo(255);
+    surf->detectAndCompute(img, mask, kps, desc);
+    Surf::create(800, 4, 2, false, false)->detect(img, strong);
+    EXPECT_TRUE(kps.size() > strong.size() && !strong.empty()) << kps.size() << strong.size();
+    EXPECT_EQ(cv::Size(128, int(kps.size())), desc.size()); // extended
+    for (const auto &kp : kps)
+        EXPECT_TRUE(kp.pt.x < 100 && kp.response > 400) << kp.pt << " " << kp.response;
+    for (const auto &kp : strong)
+        EXPECT_GT(kp.response, 800.0f);
+
+    // Provided keypoints all kept, even outside (zero descriptor) or NaN.
+    kps = {cv::KeyPoint(60, 50, 6),   cv::KeyPoint(0, 0, 10),  cv::KeyPoint(199, 159, 30),
+           cv::KeyPoint(-50, 500, 4), cv::KeyPoint(30, 30, 0), cv::KeyPoint(40, 40, 1e9f),
+           cv::KeyPoint(NAN, 10, 4)};
+    const auto given = kps;
+    Surf::create(100, 4, 3, false, false)->compute(img, kps, desc);
+    ASSERT_TRUE(given.size() == kps.size() && desc.size() == cv::Size(64, int(kps.size())));
+    for (size_t k = 0; k < kps.size(); ++k) {
+        const double norm = cv::norm(desc.row(int(k)));
+        EXPECT_TRUE((kps[k].pt == given[k].pt || k == 6) && kps[k].size == given[k].size &&
+                    cv::checkRange(desc.row(int(k))) &&
+                    std::fabs(norm - (k == 3 || k == 6 ? 0 : 1)) < 1e-4) // outside; no position
+            << k << " " << norm;
+    }
+}
+
+// A ramp rising along theta (from +x towards +y, rows growing downwards):
+// the orientation is theta, and in the keypoint's frame every wavelet is
+// (g, 0), so each 4x4 cell holds its Gaussian weight W (sigma 3.3 samples)
+// in sum dx and sum |dx|, 0 elsewhere: W / sqrt(2 sum W^2) once normalised.
+TEST(SurfDescribe, RampGivesItsDirectionAndTheWeightsAsDescriptor) {
+    double weight[16] = {}, norm = 0;
+    for (int v = 0; v < 20; ++v)
+        for (int u = 0; u < 20; ++u)
+            weight[v / 5 * 4 + u / 5] +=
+                std::exp(-(std::pow(u - 9.5, 2) + std::pow(v - 9.5, 2)) / (2 * 3.3 * 3.3));
+    for (double w : weight)
+        norm += 2 * w * w;
+    for (double theta : {0.0, 30.0, 90.0, 135.0, 200.0, 315.0}) {
+        const double t = theta * CV_PI / 180;
+        cv::Mat img(160, 160, CV_8UC1), desc;
+        for (int r = 0; r < 160; ++r)
+            for (int c = 0; c < 160; ++c)
+                img.at<uint8_t>(r, c) = cv::saturate_cast<uint8_t>(
+                    128 + (c - 80) * std::cos(t) + (r - 80) * std::sin(t));
+        std::vector<cv::KeyPoint> kps{cv::KeyPoint(80, 80, 12)}; // scale 6
+        Surf::create(100, 4, 3, false, false)->compute(img, kps, desc);
+        EXPECT_NEAR(theta, kps[0].angle, 0.1);
+        for (int k = 0; k < 64; ++k)
+            EXPECT_NEAR(k % 2 ? 0.0 : weight[k / 4] / std::sqrt(norm), desc.at<float>(k), 0.002)
+                << theta << " " << k;
+    }
 }
 
 } // namespace
