@@ -6,9 +6,7 @@
 
 #include "vexo_test_util.hpp"
 
-using vexo_test::point;
-using vexo_test::Points;
-using vexo_test::same_bytes;
+using namespace vexo_test;
 
 TEST(Figures, CircleTurnsArcsAndRefusals) {
     // Clockwise from +Y, closed exactly; from 360 down to 0 the other way
@@ -17,31 +15,30 @@ TEST(Figures, CircleTurnsArcsAndRefusals) {
     uint32_t n = 0, back_n = 0;
     Points fwd(vexo_geom_create_circle(2.0, &c, 0, 360, 4, &n));
     Points back(vexo_geom_create_circle(-2.0, &c, 360, 0, 4, &back_n));
-    ASSERT_EQ(n + back_n, 10u);
+    ASSERT_TRUE(n == 5 && back_n == 5);
     const double xs[5] = {10, 12, 10, 8, 10}, ys[5] = {22, 20, 18, 20, 22};
     for (uint32_t i = 0; i < 5; ++i) {
         const GeomPoint &f = fwd.get()[i], &b = back.get()[i];
-        EXPECT_NEAR(f.x, xs[i], 1e-6);
-        EXPECT_NEAR(f.y, ys[i], 1e-6);
+        EXPECT_TRUE(std::fabs(f.x - xs[i]) < 1e-6 && std::fabs(f.y - ys[i]) < 1e-6) << i;
         EXPECT_NEAR(b.x - 10, (10 - xs[i]) / 20000, 1e-9);
         EXPECT_TRUE(f.z == 3 && f.flags == (i == 4 ? 1u : 0u) && b.flags == f.flags) << i;
     }
     EXPECT_TRUE(fwd.get()[4].x == fwd.get()[0].x && fwd.get()[4].y == fwd.get()[0].y);
     Points two(vexo_geom_create_circle(1.0, &c, 0, 360, 2, &n)); // drawn as three
     Points three(vexo_geom_create_circle(1.0, &c, 0, 360, 3, nullptr));
-    ASSERT_EQ(n, 4u);
-    EXPECT_TRUE(same_bytes(*two, *three, n));
-    // A quarter at 8 steps per turn: 2 points, sin of the float pi showing.
+    EXPECT_TRUE(n == 4 && same_bytes(*two, *three, n));
+    // A quarter at 8 steps per turn from 90 degrees: 2 points, open; angles
+    // in float pi (cos of the float half pi is -4.4e-8, not 6e-17).
     const GeomPoint o = point(0, 0);
-    Points arc(vexo_geom_create_circle(1.0, &o, 0, 90, 8, &n));
+    Points arc(vexo_geom_create_circle(1.0, &o, 90, 180, 8, &n));
     ASSERT_EQ(n, 2u);
-    EXPECT_EQ(arc.get()[1].x, std::sin(vexo_test::kTwoPiF / 8));
-    EXPECT_NE(arc.get()[1].x, std::sqrt(0.5));
+    EXPECT_EQ(arc.get()[0].y, std::cos(kPiF / 2));
+    EXPECT_EQ(arc.get()[1].x, std::sin(kPiF / 2 + kTwoPiF / 8));
     EXPECT_TRUE(arc.get()[0].flags == 0 && arc.get()[1].flags == 1);
-    EXPECT_TRUE(Points(vexo_geom_create_circle(1.0, &c, -720, 0, 4, nullptr)));
+    Points twice(vexo_geom_create_circle(1.0, &c, -720, 0, 4, &n)); // whole turns: closed
+    EXPECT_TRUE(n == 9 && twice.get()[8].flags == 1);
     // Shorter than a step, empty, NaN, absurdly long, no centre: nothing.
-    EXPECT_EQ(vexo_geom_create_circle(1.0, &c, 0, 10, 8, &n), nullptr);
-    EXPECT_EQ(n, 0u);
+    EXPECT_TRUE(vexo_geom_create_circle(1.0, &c, 0, 10, 8, &n) == nullptr && n == 0);
     for (double end : {45.0, double(NAN), 1e300})
         EXPECT_EQ(vexo_geom_create_circle(1.0, &c, 45, end, 8, nullptr), nullptr);
     EXPECT_EQ(vexo_geom_create_circle(1.0, nullptr, 0, 360, 8, &n), nullptr);
@@ -52,18 +49,19 @@ TEST(Figures, SpiralDirectionsAndRefusals) {
     uint32_t n = 0, rev_n = 0;
     Points in(vexo_geom_create_spiral(0.2, 1.0, &c, 0, 0.1, 36, 0, 0, &n));
     Points rev(vexo_geom_create_spiral(0.2, 1.0, &c, 0, 0.1, 36, 1, 0, &rev_n));
-    ASSERT_GT(n, 10u);
-    EXPECT_EQ(vexo_test::xyz(*in), (vexo_test::Xyz{1, 2, 2})); // outer radius, above
-    EXPECT_TRUE(in.get()[1].x > 1.0 && rev.get()[1].x < 1.0);  // clockwise unless reversed
+    ASSERT_TRUE(n > 10 && rev_n == n);
+    EXPECT_EQ(xyz(*in), (Xyz{1, 2, 2}));                       // outer radius, above
+    EXPECT_TRUE(in.get()[1].x > 1.0 && rev.get()[1].x < 1.0); // clockwise unless reversed
     for (uint32_t i = 0; i < n; ++i)
         EXPECT_EQ(in.get()[i].flags, i + 1 == n ? 1u : 0u);
-    // Outward from the centre: the next radius step is infinite, one point.
+    // Outward from the centre: the next radius step is infinite, one point;
+    // inward with an outer radius <= 0, one point at 0.0001.
     Points one(vexo_geom_create_spiral(0.0, 1.0, &c, 0, 0.1, 36, 0, 1, &n));
-    ASSERT_EQ(n, 1u);
-    EXPECT_TRUE(same_bytes(*one, point(1, 1, 2, 1)));
+    EXPECT_TRUE(n == 1 && same_bytes(*one, point(1, 1, 2, 1)));
+    Points least(vexo_geom_create_spiral(0.0, -1.0, &c, 0, 0.1, 36, 0, 0, &n));
+    EXPECT_TRUE(n == 1 && same_bytes(*least, point(1, 1.0001, 2, 1)));
     // Inner >= outer inward; a pitch that never ends, or ends too late.
-    EXPECT_EQ(vexo_geom_create_spiral(2.0, 1.0, &c, 0, 0.1, 36, 0, 0, &n), nullptr);
-    EXPECT_EQ(n, 0u);
+    EXPECT_TRUE(vexo_geom_create_spiral(2.0, 1.0, &c, 0, 0.1, 36, 0, 0, &n) == nullptr && n == 0);
     for (double pitch : {0.0, double(NAN), 1e-12})
         EXPECT_EQ(vexo_geom_create_spiral(0.0, 1.0, &c, 0, pitch, 36, 0, 0, &n), nullptr);
     EXPECT_EQ(vexo_geom_create_spiral(0.2, 1.0, &c, 0, 0.1, 36, 0, 0, nullptr), nullptr);
@@ -79,30 +77,37 @@ TEST(Figures, PlainAndShapedDots) {
     GeomPoint *p = vexo_geom_append_dot_fast(nullptr, &count, &at, true, &circle, &cap);
     ASSERT_TRUE(count == 5 && cap == 105);
     EXPECT_NEAR(p[1].x, 3.0, 1e-12);
-    // Plain, or shaped without a shape: the point with the end flag alone.
-    p = vexo_geom_append_dot_fast(p, &count, &at, false, nullptr, &cap);
+    // Unshaped with a shape, or shaped without one: the point with the end
+    // flag alone.  Then the figure again, with and without a capacity.
+    p = vexo_geom_append_dot_fast(p, &count, &at, false, &circle, &cap);
     p = vexo_geom_append_dot_fast(p, &count, &at, true, nullptr, &cap);
-    ASSERT_EQ(count, 7u);
+    p = vexo_geom_append_dot_fast(p, &count, &at, true, &circle, &cap);
+    p = vexo_geom_append_dot(p, &count, &at, true, &circle);
+    ASSERT_EQ(count, 17u);
     for (int i : {5, 6})
-        EXPECT_TRUE(vexo_test::xyz(p[i]) == vexo_test::xyz(at) && p[i].flags == 1) << i;
+        EXPECT_TRUE(xyz(p[i]) == xyz(at) && p[i].flags == 1) << i;
+    EXPECT_TRUE(same_bytes(p[7], p[0], 5) && same_bytes(p[12], p[0], 5));
     // No figure points, no count or no point: buffer and count unchanged.
     EXPECT_EQ(vexo_geom_append_dot_fast(p, &count, &at, true, &none, &cap), p);
     EXPECT_EQ(vexo_geom_append_dot(p, nullptr, &at, false, nullptr), p);
     EXPECT_EQ(vexo_geom_append_dot(p, &count, nullptr, false, nullptr), p);
-    EXPECT_EQ(count, 7u);
-    vexo_geom_release(p);
+    EXPECT_EQ(count, 17u);
+    count = UINT32_MAX; // one more would wrap: refused, the buffer freed
+    EXPECT_EQ(vexo_geom_append_dot(p, &count, &at, false, nullptr), nullptr);
 
     // Without a capacity: exactly the spiral the generator draws; the
     // larger record holds kind at byte 258 and the u32 fields from 260.
-    const GeomDotShape spiral = {1, 0, VEXO_DOT_REVERSE, 12, 1000, 200, 100};
+    const GeomDotShape spiral = {1, 0, VEXO_DOT_REVERSE | VEXO_DOT_OUTWARD, 12, 1000, 200, 100};
     unsigned char params[VEXO_DOT_PARAMS_SIZE];
     std::memset(params, 0xEE, sizeof params);
     std::memcpy(params + 258, &spiral.kind, 2);
     std::memcpy(params + 260, &spiral.options, 20);
-    uint32_t a = 0, b = 0, n = 0;
-    Points direct(vexo_geom_create_spiral(0.2, 1.0, &at, 0, 0.1, 12, 1, 0, &n));
+    uint32_t a = 0, b = 0, n = 0, one = 0;
+    Points direct(vexo_geom_create_spiral(0.2, 1.0, &at, 0, 0.1, 12, 1, 1, &n));
     Points from_shape(vexo_geom_append_dot(nullptr, &a, &at, true, &spiral));
     Points from_record(vexo_geom_append_dot2(nullptr, &b, &at, true, params));
     ASSERT_TRUE(a == n && b == n);
     EXPECT_TRUE(same_bytes(*from_shape, *direct, n) && same_bytes(*from_record, *direct, n));
+    Points unshaped(vexo_geom_append_dot2(nullptr, &one, &at, false, params));
+    EXPECT_TRUE(one == 1 && unshaped.get()[0].flags == 1);
 }

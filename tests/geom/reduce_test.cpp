@@ -1,4 +1,5 @@
-// Point reduction by distance and by angle over arrays of several polylines.
+// Point reduction by distance and by angle, and smoothing of short
+// zig-zags, over arrays of several polylines.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,7 +10,7 @@
 #include "line/compact.hpp"
 #include "vexo_test_util.hpp"
 
-using vexo_test::point;
+using namespace vexo_test;
 
 namespace {
 
@@ -37,11 +38,10 @@ uint32_t reduce_step_by_step(GeomPoint *p, uint32_t count, double min_dist, bool
         if (p[i].flags & 1u) {
             ++a, ++i;
         } else if (close(p[a], p[i])) {
-            p[a].flags &= ~5u;
-            p[i++].flags |= 2u;
+            p[a].flags &= ~5u, p[i++].flags |= 2u;
         } else {
-            while ((p[++a].flags & 2u) && a + 1 < count) {
-            }
+            while ((p[++a].flags & 2u) && a + 1 < count)
+                continue;
             i = a + 1;
         }
     }
@@ -57,7 +57,6 @@ uint32_t reduce_step_by_step(GeomPoint *p, uint32_t count, double min_dist, bool
 
 TEST(GeomReduce, WorkedCasesAndQuirks) {
     const struct { std::vector<GeomPoint> in; std::vector<Kept> out; } cases[] = {
-        {{p(0, 0), p(0.1, 0), p(1, 0, 1)}, {{0, 0, 0}, {1, 0, 1}}},
         // Exactly min_dist away stays (strict test); the anchor then moves.
         {{p(0, 0), p(0.5, 0), p(0.7, 0), p(2, 0, 1)}, {{0, 0, 0}, {0.5, 0, 0}, {2, 0, 1}}},
         // A line starting 0.1 after the previous end is joined to it.
@@ -66,10 +65,10 @@ TEST(GeomReduce, WorkedCasesAndQuirks) {
         // After an end the anchor steps by one, here onto a dropped point.
         {{p(0, 0), p(0.1, 0), p(1, 0, 1), p(0.15, 0), p(3, 0, 1)},
          {{0, 0, 0}, {1, 0, 1}, {3, 0, 1}}},
-        // A short two-point line goes in the middle and at the end...
-        {{p(0, 0), p(5, 0, 1), p(10, 0), p(10.2, 0, 1), p(20, 0), p(25, 0, 1), p(30, 0),
-          p(30.2, 0, 1)},
-         {{0, 0, 0}, {5, 0, 1}, {20, 0, 0}, {25, 0, 1}}},
+        // A short two-point line goes after an end (here a dot's) and at the
+        // end of the array...
+        {{p(0, 0, 1), p(5, 0), p(5.2, 0, 1), p(20, 0), p(25, 0, 1), p(30, 0), p(30.2, 0, 1)},
+         {{0, 0, 1}, {20, 0, 0}, {25, 0, 1}}},
         // ...but stays at the start; dots survive however close.
         {{p(10, 0), p(10.2, 0, 1), p(0, 0), p(2, 0, 1), p(2.1, 0, 1), p(5, 0), p(6, 0, 1)},
          {{10, 0, 0}, {10.2, 0, 1}, {0, 0, 0}, {2, 0, 1}, {2.1, 0, 1}, {5, 0, 0}, {6, 0, 1}}},
@@ -105,7 +104,7 @@ TEST(GeomReduce, MatchesTheStepByStepReductionOnLargeArrays) {
         uint32_t count = n;
         (round % 2 ? vexo_geom_reduce : vexo_geom_reduce_2d)(pts.data(), &count, 0.45);
         ASSERT_EQ(count, expected_count) << round;
-        ASSERT_TRUE(vexo_test::same_bytes(pts[0], expected[0], count)) << round;
+        ASSERT_TRUE(same_bytes(pts[0], expected[0], count)) << round;
     }
 }
 
@@ -113,19 +112,16 @@ TEST(GeomReduce, MissingAndTinyArrays) {
     for (Reducer r : {vexo_geom_reduce, vexo_geom_reduce_2d, vexo_geom_reduce_by_angle,
                       vexo_geom_reduce_by_angle_2d}) {
         uint32_t count = 5;
-        EXPECT_EQ(r(nullptr, &count, 1.0), nullptr);
-        EXPECT_EQ(count, 5u);
+        EXPECT_TRUE(r(nullptr, &count, 1.0) == nullptr && count == 5);
         GeomPoint two[2] = {p(0, 0, 2), p(9, 9, 1)};
         EXPECT_EQ(r(two, nullptr, 1.0), two);
         count = 2; // a point the caller marked processed is compacted away
-        EXPECT_EQ(r(two, &count, 1.0), two);
-        ASSERT_EQ(count, 1u);
-        EXPECT_EQ(two[0].x, 9.0);
+        EXPECT_TRUE(r(two, &count, 1.0) == two && count == 1 && two[0].x == 9.0);
     }
 }
 
 TEST(GeomReduceByAngle, BendsCollinearAndDegenerateLegs) {
-    const double pi_f = vexo_test::kPiF, right = std::acos(0.0) * 0.5 / pi_f * 360.0;
+    const double pi_f = kPiF, right = std::acos(0.0) * 0.5 / pi_f * 360.0;
     auto bend = [](double degrees) {
         const double rad = degrees * std::acos(-1.0) / 180.0;
         return std::vector<GeomPoint>{p(0, 0), p(1, 0), p(1 + std::cos(rad), std::sin(rad), 1)};
@@ -133,7 +129,8 @@ TEST(GeomReduceByAngle, BendsCollinearAndDegenerateLegs) {
     const std::vector<GeomPoint> line = {p(0, 0), p(1, 0), p(2, 0, 1)},
                                  back = {p(0, 0), p(1, 0), p(0, 0, 1)},
                                  twice = {p(0, 0), p(0, 0), p(1, 1, 1)},
-                                 tiny = {p(0, 0), p(1, 0), p(2, 5e-8, 1)};
+                                 tiny_y = {p(0, 0), p(1, 5e-8), p(2, 0, 1)},
+                                 tiny_x = {p(0, 0), p(5e-8, 1), p(0, 2, 1)};
     const Reducer deg = vexo_geom_reduce_by_angle, rad = vexo_geom_reduce_by_angle_2d;
     const struct { Reducer r; std::vector<GeomPoint> in; double limit; size_t kept; } cases[] = {
         {deg, bend(1), 5.0, 2},   {rad, bend(1), 0.0873, 2}, {rad, bend(1), 0.01, 3},
@@ -144,13 +141,20 @@ TEST(GeomReduceByAngle, BendsCollinearAndDegenerateLegs) {
         {deg, back, 180.0, 2},     {rad, back, pi_f, 3}, // 2D: a reversal is pi_f exactly
         {rad, back, std::nextafter(pi_f, 4.0), 2},
         {deg, twice, 179.0, 3},    {rad, twice, 1.6, 2}, // a repeated point: NaN; pi/2 in 2D
-        {rad, tiny, 1.0, 3},       {deg, tiny, 1.0, 2},  // 2D zeroes components below 1e-7
+        {rad, tiny_y, 1.0, 3},     {deg, tiny_y, 1.0, 2}, // 2D zeroes components below 1e-7
+        {rad, tiny_x, 1.0, 3},
     };
     for (size_t i = 0; i < sizeof cases / sizeof cases[0]; ++i)
         EXPECT_EQ(reduce(cases[i].r, cases[i].in, cases[i].limit).size(), cases[i].kept) << i;
 }
 
-TEST(GeomReduceByAngle, WalksAcrossLineEnds) {
+TEST(GeomReduceByAngle, AnchorWalk) {
+    // Turns of 4, 3.4 and 12.9 degrees after a long first leg: the first
+    // middle goes; the anchor stays, so the next turn counts from the origin
+    // (7 degrees) and that point is kept.
+    EXPECT_EQ(reduce(vexo_geom_reduce_by_angle,
+                     {p(0, 0), p(10, 0), p(11, 0.07), p(12, 0.2), p(13, 0.57, 1)}, 5.0),
+              (std::vector<Kept>{{0, 0, 0}, {11, 0.07, 0}, {12, 0.2, 0}, {13, 0.57, 1}}));
     // A straight line, a dot, a gently bent line: only the bent middle goes.
     std::vector<GeomPoint> pts = {p(0, 0), p(1, 0), p(2, 0, 1), p(9, 9, 1),
                                   p(3, 5), p(4, 5), p(5, 5.01, 1)};
@@ -164,4 +168,51 @@ TEST(GeomReduceByAngle, WalksAcrossLineEnds) {
     EXPECT_EQ(reduce(vexo_geom_reduce_by_angle, pts, 5.0),
               (std::vector<Kept>{{0, 0, 0}, {2, 0.01, 1}, {9, 9, 1}, {3, 5, 0}, {4, 5, 0},
                                  {5, 5.01, 1}}));
+}
+
+TEST(GeomSmooth, StrictThresholdOnBothNeighboursAndZ) {
+    // The middle of (x0, 0), (1, 1, 5), (x2, 0) moves to the mean when both
+    // neighbours are closer than max_dist, in 3D with z (sqrt 27 from the
+    // origin); z itself never moves.
+    using Smoother = GeomPoint *(*)(GeomPoint *, uint32_t, double, uint32_t *);
+    const Smoother s2 = vexo_geom_smoothen_2d, s3 = vexo_geom_smoothen;
+    const double r2 = std::sqrt(2.0), r2_up = std::nextafter(r2, 2.0), r27 = std::sqrt(27.0);
+    const struct { Smoother f; double x0, x2, max_dist; bool moved; } cases[] = {
+        {s2, 0, 2, 1.4, false}, {s2, 0, 2, r2, false}, {s2, 0, 2, r2_up, true},
+        {s2, 0, 1, r2, false},  {s2, 1, 2, r2, false}, {s2, 1, 1, r2, true},
+        {s3, 0, 2, 2.0, false}, {s3, 0, 2, r27, false}, {s3, 0, 2, std::nextafter(r27, 6.0), true}};
+    for (const auto &c : cases) {
+        GeomPoint pts[3] = {point(c.x0, 0), point(1, 1, 5), point(c.x2, 0)};
+        uint32_t status = 0;
+        EXPECT_TRUE(c.f(pts, 3, c.max_dist, &status) == pts && status == VEXO_OK);
+        const Xyz mean = {(1 + c.x0 + c.x2) / 3.0, 1 / 3.0, 5};
+        EXPECT_EQ(xyz(pts[1]), c.moved ? mean : (Xyz{1, 1, 5})) << &c - cases;
+    }
+}
+
+TEST(GeomSmooth, ForwardPassOrderEndsAndDots) {
+    // The pass sees the point it just smoothed; each sum runs p1 + p0 + p2.
+    GeomPoint zig[4] = {point(0, 0), point(1, 3), point(2, 0), point(3, 3)};
+    vexo_geom_smoothen_2d(zig, 4, 10.0, nullptr);
+    EXPECT_EQ(zig[2].y, (0.0 + 1.0 + 3.0) / 3.0); // not (0 + 3 + 3) / 3
+    GeomPoint order[3] = {point(0.1, 0), point(0.7, 0), point(0.3, 0)}; // other orders: 1.1
+    vexo_geom_smoothen_2d(order, 3, 1.0, nullptr);
+    EXPECT_EQ(order[1].x, (0.7 + 0.1 + 0.3) / 3.0);
+    // Line [0..3], a dot, line [5..8]: only points whose triple holds no
+    // end flag move (1 and 6), so each line's last inner point stays too.
+    std::vector<GeomPoint> pts = {point(0, 0, 1),    point(1, 1, 2),    point(2, 0, 3),
+                                  point(3, 1, 4, 1), point(3, 2, 9, 1), point(4, 2, 5),
+                                  point(5, 3, 6),    point(6, 2, 7),    point(7, 3, 8, 5)};
+    const std::vector<GeomPoint> before = pts;
+    vexo_geom_smoothen_2d(pts.data(), static_cast<uint32_t>(pts.size()), 10.0, nullptr);
+    for (size_t i = 0; i < pts.size(); ++i) {
+        EXPECT_EQ(pts[i].y == before[i].y, i != 1 && i != 6) << i;
+        EXPECT_TRUE(pts[i].z == before[i].z && pts[i].flags == before[i].flags) << i;
+    }
+    // Too short, missing (status still written), NaN: nothing moves.
+    uint32_t status = 0;
+    EXPECT_TRUE(vexo_geom_smoothen_2d(nullptr, 50, 10.0, &status) == nullptr && status == VEXO_OK);
+    EXPECT_EQ(vexo_geom_smoothen(zig, 2, 10.0, &status), zig);
+    vexo_geom_smoothen(order, 3, NAN, nullptr);
+    EXPECT_EQ(order[1].x, (0.7 + 0.1 + 0.3) / 3.0);
 }
