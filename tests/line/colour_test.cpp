@@ -19,7 +19,8 @@ const Params kSets[] = {
     {0, 0, {}},       {10, 0, {}},      {-10, 0, {}},     {0, 50, {}},      {0, -50, {}},
     {0, -100, {}},    {0, 1000, {}},    {300, 0, {}},     {INT_MAX, 0, {}}, {INT_MIN, 0, {}},
     {0, INT_MAX, {}}, {0, INT_MIN, {}}, {-7, 33, {100, -100, 1}},  {3, -99, {-128, 127, 0}},
-    {255, -200, {5, -5, 17}},           {0, 0, {INT_MAX, INT_MIN, 0}}};
+    {255, -200, {5, -5, 17}},           {0, 0, {INT_MAX, INT_MIN, 0}},
+    {1 << 24, 0, {-(1 << 24), -(1 << 24), -(1 << 24)}}}; // brightness, then offset, in f32
 
 // g from the gamma percentage (quotient in double rounded to f32, the rest
 // in double rounded to f32), then 16-bit levels of ((k + 1) / 256)^g.
