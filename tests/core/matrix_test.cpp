@@ -14,20 +14,20 @@ namespace {
 GeomMatrix *const kNoMatrix = nullptr; // typed: the double[16] overloads make NULL ambiguous
 const GeomMatrix kIdentity = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
 
-// Uniform scale first, then a rotation about one axis (0 = X, 1 = Y, 2 = Z).
-GeomMatrix rotation(int axis, double angle, double scale = 1.0) {
+// A scale first, then a rotation about one axis (0 = X, 1 = Y, 2 = Z).
+GeomMatrix rotation(int axis, double angle, const Xyz &scale = {1, 1, 1}) {
     GeomMatrix m = kIdentity;
-    vexo_matrix_scale(&m, scale, scale, scale);
+    vexo_matrix_scale(&m, scale[0], scale[1], scale[2]);
     vexo_matrix_rotate(&m, nullptr, axis == 0 ? angle : 0, axis == 1 ? angle : 0,
                        axis == 2 ? angle : 0);
     return m;
 }
 
-GeomPoint map(const GeomMatrix &m, double x, double y, double z) {
+Xyz map(const GeomMatrix &m, double x, double y, double z) {
     const GeomPoint p = vexo_test::point(x, y, z);
     GeomPoint out{};
     vexo_matrix_multiply_point(&m, &p, &out);
-    return out;
+    return vexo_test::xyz(out);
 }
 
 Xyz angles(const GeomMatrix &m) {
@@ -37,17 +37,16 @@ Xyz angles(const GeomMatrix &m) {
 }
 
 // Tolerance 0 means exact (all expected entries are finite).
-void expect_entries(const GeomMatrix &m, const double *expected, double tolerance = 0.0) {
+void expect_entries(const GeomMatrix &m, const GeomMatrix &expected, double tolerance = 0.0) {
     for (int i = 0; i < 16; ++i)
-        EXPECT_NEAR(m.m[i], expected[i], tolerance) << "entry " << i;
+        EXPECT_NEAR(m.m[i], expected.m[i], tolerance) << "entry " << i;
 }
 
 } // namespace
 
 TEST(Matrix, CreateCompareConvertAndNull) {
     GeomMatrix *m = vexo_matrix_create();
-    ASSERT_NE(m, nullptr);
-    EXPECT_TRUE(same_bytes(*m, kIdentity));
+    ASSERT_TRUE(m && same_bytes(*m, kIdentity));
     GeomMatrix b = {{2, -0.0}};
     vexo_matrix_unify(&b);
     EXPECT_TRUE(same_bytes(b, kIdentity));
@@ -62,7 +61,6 @@ TEST(Matrix, CreateCompareConvertAndNull) {
     vexo_matrix_release(m);
 
     // A NULL matrix is ignored everywhere; only the status function says so.
-    const double v[3] = {1, 2, 3};
     double x = 7;
     vexo_matrix_release(nullptr);
     vexo_matrix_unify(kNoMatrix);
@@ -71,41 +69,36 @@ TEST(Matrix, CreateCompareConvertAndNull) {
     vexo_matrix_get_rotation(kNoMatrix, &x, &x, &x);
     vexo_matrix_multiply_2Dcoord(kNoMatrix, 1, 2, &x, &x);
     EXPECT_EQ(x, 7.0);
-    EXPECT_EQ(vexo_matrix_rotate_vector3d(kNoMatrix, v, 10), VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(vexo_matrix_rotate_vector3d(kNoMatrix, b.m, 10), VEXO_ERROR_INVALID_PARAMETER);
     EXPECT_EQ(vexo_matrix_rotate_vector3d(&b, nullptr, 10), VEXO_ERROR_INVALID_PARAMETER);
     EXPECT_TRUE(std::signbit(b.m[1])); // untouched: any product would give +0
 }
 
 TEST(Matrix, MappingProductsAndBuilders) {
+    // Shear by hand: x + 3y + 5z, x + y + 6z, 2x + 4y + z; then the shift.
     GeomMatrix m = kIdentity;
     vexo_matrix_slant(&m, 1, 2, 3, 4, 5, 6);
     vexo_matrix_translate(&m, 10, 20, 30);
     GeomPoint p = {1, 2, 3, 0x45, 0xDEADBEEF}, out = {0, 0, 0, 0, 0x1234};
     vexo_matrix_multiply_point(&m, &p, &out);
-    // Shear by hand: x + 3y + 5z, x + y + 6z, 2x + 4y + z; then the shift.
     EXPECT_EQ(vexo_test::xyz(out), (Xyz{32, 41, 43}));
     EXPECT_TRUE(out.flags == 0x45u && out.reserved == 0x1234u); // padding not written
     vexo_matrix_multiply_point(&m, &p, &p);          // in place: inputs read first
     EXPECT_EQ(p.z, 43.0);
     vexo_matrix_multiply_point(kNoMatrix, &out, &p); // no matrix: the whole record
     EXPECT_TRUE(same_bytes(p, out));
-    double x = 0, y = 0;
-    vexo_matrix_multiply_2Dcoord(&m, 1, 2, &x, &y); // z column ignored
-    EXPECT_TRUE(x == 17.0 && y == 23.0);
 
     GeomMatrix a = {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}};
     GeomMatrix b = {{-1, 0, 1, -1, 0, 1, -1, 0, 1, -1, 0, 1, -1, 0, 1, -1}};
-    const double a_times_b[16] = {-2, -1, 3, -2, -6, -1, 7, -6, -10, -1, 11, -10, -14, -1, 15, -14};
     vexo_matrix_multiply_matrix(&a, &b);
-    expect_entries(b, a_times_b);
+    expect_entries(b, {{-2, -1, 3, -2, -6, -1, 7, -6, -10, -1, 11, -10, -14, -1, 15, -14}});
     GeomMatrix squared = a;
     vexo_matrix_multiply_matrix(&a, &squared);
     vexo_matrix_multiply_matrix(&a, &a); // aliasing goes through a temporary
     EXPECT_TRUE(same_bytes(a, squared));
-    m = kIdentity; // a builder added later acts later
-    vexo_matrix_translate(&m, 1, 0, 0);
-    vexo_matrix_scale(&m, 3, 3, 3);
-    EXPECT_EQ(map(m, 1, 0, 0).x, 6.0);
+    double x = 0, y = 0;
+    vexo_matrix_multiply_2Dcoord(&a, 1, 2, &x, &y); // rows 90 100 110 120, 202 228 254 280
+    EXPECT_TRUE(x == 410.0 && y == 938.0);          // the z column ignored
 
     // A zero shift or rotation is skipped; a unit scaling still multiplies:
     // -0 turns +0 and the zero terms spread the infinity as NaN.
@@ -120,62 +113,60 @@ TEST(Matrix, MappingProductsAndBuilders) {
 
 TEST(Matrix, RotationSensesOrderAndAxes) {
     // az = 90 sends +X to -Y (clockwise), the float 2pi leaving a trace in x.
-    const GeomPoint p = map(rotation(2, 90), 1, 0, 0);
-    EXPECT_NEAR(p.x, -(vexo_test::kPiF - M_PI) / 2, 1e-16);
-    EXPECT_NEAR(p.y, -1.0, 2e-15);
-    EXPECT_NEAR(map(rotation(0, 90), 0, 1, 0).z, -1.0, 1e-15);
-    EXPECT_NEAR(map(rotation(1, 90), 0, 0, 1).x, -1.0, 1e-15);
+    const Xyz p = map(rotation(2, 90), 1, 0, 0);
+    EXPECT_NEAR(p[0], -(vexo_test::kPiF - M_PI) / 2, 1e-16);
+    EXPECT_NEAR(p[1], -1.0, 2e-15);
+    EXPECT_NEAR(map(rotation(0, 90), 0, 1, 0)[2], -1.0, 1e-15);
+    EXPECT_NEAR(map(rotation(1, 90), 0, 0, 1)[0], -1.0, 1e-15);
     // X before Z within one call; about a centre, the centre stays put.
     GeomMatrix both = kIdentity, x_then_z = rotation(0, 90);
     vexo_matrix_rotate(&both, nullptr, 90, 0, 90);
     vexo_matrix_rotate(&x_then_z, nullptr, 0, 0, 90);
     EXPECT_TRUE(same_bytes(both, x_then_z));
-    const double centre[3] = {1, 1, 0};
+    const double centre[3] = {1, 2, 3};
     GeomMatrix c = kIdentity;
     vexo_matrix_rotate(&c, centre, 0, 0, 180);
-    EXPECT_NEAR(map(c, 1, 1, 0).y, 1.0, 1e-12);
-    EXPECT_NEAR(map(c, 2, 1, 0).x, 0.0, 1e-6);
+    EXPECT_NEAR(map(c, 1, 2, 3)[1], 2.0, 1e-12);
+    EXPECT_NEAR(map(c, 1, 2, 3)[2], 3.0, 1e-12);
+    EXPECT_NEAR(map(c, 2, 2, 3)[0], 0.0, 1e-6);
     EXPECT_TRUE(std::isnan(rotation(0, NAN).m[5])); // NaN is "not 0": it rotates
 
     // The axis-angle form turns the same way as the per-axis rotations.
     const double axes[3][3] = {{1, 0, 0}, {0, 2.5, 0}, {0, 0, 7}};
-    for (double angle : {30.0, -45.0, 120.0, 270.0, -179.5}) {
+    for (double angle : {30.0, -45.0, 120.0, 270.0, -179.5})
         for (int a = 0; a < 3; ++a) {
             SCOPED_TRACE(angle);
             GeomMatrix by_axis = kIdentity;
             ASSERT_EQ(vexo_matrix_rotate_vector3d(&by_axis, axes[a], angle), VEXO_OK);
-            expect_entries(by_axis, rotation(a, angle).m, 1e-15);
+            expect_entries(by_axis, rotation(a, angle), 1e-15);
         }
-    }
     const double diagonal[3] = {1, 1, 1}; // three thirds of a turn come round
     GeomMatrix m = kIdentity;
     for (int i = 0; i < 3; ++i)
         vexo_matrix_rotate_vector3d(&m, diagonal, 120);
-    expect_entries(m, kIdentity.m, 1e-6);
+    expect_entries(m, kIdentity, 1e-6);
 }
 
 TEST(Matrix, FrustumAndInverse) {
     GeomMatrix m = kIdentity;
     vexo_matrix_translate(&m, 4, 0, 0);
-    vexo_matrix_frustum(&m, -1, 3, -2, 2, 1, 5);
+    vexo_matrix_frustum(&m, -1, 3, -3, 5, 2, 6);
     // Entries 0, 5, 8, 9, 10, 11, 14, pre-multiplied onto the shift.
-    const double frustum[16] = {0.5, 0, 0, 2, 0, 0.5, 0, 0, 0.5, 0, -1.5, 1, 0, 0, -2.5, 0};
-    expect_entries(m, frustum);
+    expect_entries(m, {{1, 0, 0, 4, 0, 0.5, 0, 0, 0.5, 0.25, -2, 1, 0, 0, -6, 0}});
 
     m = kIdentity;
     vexo_matrix_scale(&m, 2, 4, 8);
     vexo_matrix_translate(&m, 1, -2, 3);
     vexo_matrix_invert(&m);
-    const double undone[16] = {0.5, 0, 0, -0.5, 0, 0.25, 0, 0.5, 0, 0, 0.125, -0.375, 0, 0, 0, 1};
-    expect_entries(m, undone);
-    GeomMatrix general = rotation(1, -120, 1.5);
+    expect_entries(m, {{0.5, 0, 0, -0.5, 0, 0.25, 0, 0.5, 0, 0, 0.125, -0.375, 0, 0, 0, 1}});
+    GeomMatrix general = rotation(1, -120, {1.5, 1.5, 1.5});
     vexo_matrix_slant(&general, 0.2, -0.3, 0.4, 0.1, -0.5, 0.25);
     vexo_matrix_rotate(&general, nullptr, 33, 0, 250);
     vexo_matrix_translate(&general, -12, 7.5, 100);
     GeomMatrix inverse = general;
     vexo_matrix_invert(&inverse);
     vexo_matrix_multiply_matrix(&inverse, &general);
-    expect_entries(general, kIdentity.m, 1e-13);
+    expect_entries(general, kIdentity, 1e-13);
 
     const GeomMatrix singular = {{1, 0, 9, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}; // row 1 zero
     m = singular;
@@ -198,20 +189,21 @@ TEST(Matrix, TranslationScalingAndRotationParts) {
     vexo_matrix_get_scaling(&m, &x, &y, &z); // row lengths: (2, -1.5, 0) is 2.5
     EXPECT_EQ((Xyz{x, y, z}), (Xyz{2.5, 3, 4}));
     m = kIdentity;
-    vexo_matrix_scale(&m, 1 + 5e-8, 1 - 5e-8, 1 + 2e-7);
+    vexo_matrix_scale(&m, 1 + 5e-8, 1 - 5e-8, 1 + 1.2e-7); // within 1e-7 of 1: exactly 1
     vexo_matrix_get_scaling(&m, &x, &y, &z);
-    EXPECT_EQ((Xyz{x, y, z}), (Xyz{1, 1, 1 + 2e-7}));
+    EXPECT_EQ((Xyz{x, y, z}), (Xyz{1, 1, 1 + 1.2e-7}));
 
     // az = 90 comes back as -90 exactly: the float pi in and out cancel.
     EXPECT_EQ(angles(rotation(2, 90)), (Xyz{0, 0, -90}));
-    // Round trips: negated, negative and obtuse angles, under a uniform scale.
-    for (double angle : {-170.0, -100.0, -45.0, -1.0, 1.0, 30.0, 89.0, 91.0, 135.0, 179.0}) {
-        for (int axis = 0; axis < 3; ++axis) {
-            const Xyz got = angles(rotation(axis, angle, 2.5));
-            for (int k = 0; k < 3; ++k)
-                EXPECT_NEAR(got[k], k == axis ? -angle : 0.0, 1e-9) << angle << " axis " << k;
-        }
-    }
+    // Round trips: negated, negative and obtuse angles, each measured on the
+    // longer of two columns (equal under a uniform scale, the first under uneven).
+    const Xyz uneven[3] = {{3, 2, 1}, {2, 3, 1}, {2, 1, 3}};
+    for (double angle : {-170.0, -100.0, -45.0, -1.0, 1.0, 30.0, 89.0, 91.0, 135.0, 179.0})
+        for (int axis = 0; axis < 3; ++axis)
+            for (const Xyz &scale : {Xyz{2.5, 2.5, 2.5}, uneven[axis]})
+                for (int k = 0; k < 3; ++k)
+                    EXPECT_NEAR(angles(rotation(axis, angle, scale))[k], k == axis ? -angle : 0.0,
+                                1e-9) << angle << " about " << axis << ", " << scale[0] << " " << k;
     // An exact half turn takes the float pi itself: 180, not 180 * pi / pif.
     EXPECT_EQ(angles({{-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}), (Xyz{0, 0, 180}));
     const Xyz none = angles(GeomMatrix{}); // nothing to measure: acos(0) in full precision

@@ -3,30 +3,30 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <vector>
 
 #include "vexo_test_util.hpp"
 
 using vexo_test::kPiF;
+using Values = std::vector<double>; // several results compared in one assertion
 
 TEST(Vector2d, NormaliseProductsAndAngles) {
-    double v[2] = {3, 4}, tiny[2] = {1e-8, 0}, at[2] = {1e-7, 0}, above[2] = {2e-7, 0};
+    double v[2] = {3, 4}, at[2] = {1e-7, 0}, above[2] = {1.01e-7, 0};
     EXPECT_EQ(vexo_vector2d_length(v), 5.0);
-    for (double *w : {v, tiny, at, above})
+    for (double *w : {v, at, above})
         vexo_vector2d_normalise(w);
-    EXPECT_EQ(v[0], 0.6);
-    EXPECT_EQ(v[1], 0.8);
-    EXPECT_EQ(tiny[0], 1e-8); // not above the threshold: untouched
-    EXPECT_EQ(at[0], 1e-7);
-    EXPECT_EQ(above[0], 1.0);
+    // A length of 1e-7 is not above the threshold: left as it is.
+    EXPECT_EQ((Values{v[0], v[1], at[0], above[0]}), (Values{0.6, 0.8, 1e-7, 1.0}));
+    // is_ccw gives the signed value, not a truth value.
     const double a[2] = {2, -3}, b[2] = {5, 7};
-    EXPECT_EQ(vexo_vector2d_dotproduct(a, b), -11.0);
-    EXPECT_EQ(vexo_vector2d_scalar(a, b), -11.0);
-    EXPECT_EQ(vexo_vector2d_is_ccw(a, b), 29.0); // the signed value, not a truth value
-    EXPECT_EQ(vexo_vector2d_is_ccw(b, a), -29.0);
+    EXPECT_EQ((Values{vexo_vector2d_dotproduct(a, b), vexo_vector2d_scalar(a, b),
+                      vexo_vector2d_is_ccw(a, b), vexo_vector2d_is_ccw(b, a)}),
+              (Values{-11, -11, 29, -29}));
 
+    // Opposite vectors give the float pi; a cosine of 0 the full-precision acos.
     const double x[2] = {1, 0}, minus_x[2] = {-1, 0}, zero[2] = {0, 0};
-    EXPECT_EQ(vexo_vector2d_angle(x, minus_x), kPiF);
-    EXPECT_EQ(vexo_vector2d_angle(zero, x), M_PI / 2); // cosine 0: acos in full precision
+    EXPECT_EQ((Values{vexo_vector2d_angle(x, minus_x), vexo_vector2d_angle(zero, x)}),
+              (Values{kPiF, M_PI / 2}));
     EXPECT_NEAR(vexo_vector2d_angle(x, b), std::atan2(7, 5), 1e-15);
     // This vector's cosine with itself rounds to just above 1: NaN, not 0.
     const double u[2] = {-0.58495735019535289, -8.511499198576665};
@@ -42,28 +42,27 @@ TEST(Vector2d, NormaliseProductsAndAngles) {
 
 TEST(Vector3d, CrossRotateNormaliseAndAngle) {
     const double a[3] = {2, -3, 5}, b[3] = {-7, 11, 13};
-    double ab[3];
+    double ab[3] = {};
     vexo_vector3d_crossproduct(a, b, ab);
     EXPECT_EQ(vexo_test::xyz(ab), (vexo_test::Xyz{-94, -61, 1}));
-    EXPECT_EQ(ab[0] * b[0] + ab[1] * b[1] + ab[2] * b[2], 0.0); // perpendicular to b
 
     // Counter-clockwise, the float 2pi's error visible in x.
     double v[3] = {1, 0, 5};
     vexo_vector3d_rotate_z(v, 90);
     EXPECT_NEAR(v[0], -(kPiF - M_PI) / 2, 1e-16); // not cos(pi / 2), about 6e-17
-    EXPECT_EQ(v[2], 5.0);
-    double w[3] = {2, 3, 6}, tiny[3] = {5e-8, 5e-8, 5e-8};
+    EXPECT_EQ((Values{v[1], v[2]}), (Values{std::sin(vexo_test::kTwoPiF / 4), 5.0}));
+    double w[3] = {2, 3, 6}, at[3] = {0, 0, 1e-7}; // a length not above 1e-7: left as it is
     EXPECT_EQ(vexo_vector3d_length(w), 7.0);
     vexo_vector3d_normalise(w);
-    vexo_vector3d_normalise(tiny);
-    EXPECT_EQ(w[2], 6.0 / 7);
-    EXPECT_EQ(tiny[0], 5e-8);
+    vexo_vector3d_normalise(at);
+    EXPECT_EQ((Values{w[2], at[2]}), (Values{6.0 / 7, 1e-7}));
 
-    // Degrees with the float pi: a right angle is a hair under 90. The
-    // cosine is clamped from above only: u with itself rounds above 1 (0),
-    // against its negation below -1 (NaN).
+    // Degrees with the float pi run short: 89.9999975 for a right angle, 80.8748263
+    // for a and b (cosine 18 / sqrt(38 * 339), 80.8748285 exactly). The cosine is
+    // clamped from above only: u with itself rounds above 1 (0), against -u below -1 (NaN).
     const double x[3] = {1, 0, 0}, y[3] = {0, 1, 0}, zero[3] = {0, 0, 0};
     EXPECT_NEAR(vexo_vector3d_angle(x, y), 89.99999749552191, 1e-12);
+    EXPECT_NEAR(vexo_vector3d_angle(a, b), 80.87482629915277, 1e-12);
     const double u[3] = {-0.50812388628872895, -4.6012099168103902, -4.2791636929363763};
     const double minus_u[3] = {-u[0], -u[1], -u[2]};
     EXPECT_EQ(vexo_vector3d_angle(u, u), 0.0);
@@ -72,32 +71,28 @@ TEST(Vector3d, CrossRotateNormaliseAndAngle) {
 }
 
 TEST(VectorSegmentDot, BisectionAxesAndNaN) {
-    struct Case {
-        double end_x, p[3], tolerance;
-        uint32_t axes;
-        uint8_t expected;
+    const uint32_t xy = VEXO_AXIS_X | VEXO_AXIS_Y, xyz = xy | VEXO_AXIS_Z;
+    const double o[3] = {0, 0, 0}, x1024[3] = {1024, 0, 0}, x10[3] = {10, 0, 0};
+    const double from[3] = {1, 2, 3}, to[3] = {1, 10, 9}; // a 3D segment of length 10
+    const struct { const double *a, *b, p[3], tolerance; uint32_t axes, expected; } cases[] = {
+        {o, x1024, {1024.2, 0, 0}, 0.25, xyz, 1},
+        {o, x1024, {512, 0.1, 0}, 0.2, xy, 1},
+        {o, x1024, {300, 40, 0}, 39.9, xy, 0},
+        {o, x1024, {300, 40, 0}, 40.5, xy, 1},
+        {o, x1024, {341, 0, 0}, 0.3, xy, 0}, // on it, but the search ends on 340.5
+        {o, x1024, {341, 0, 0}, 0.5, xy, 1},
+        {o, x10, {5, 100, 7}, 0.5, VEXO_AXIS_X, 1},
+        {o, x10, {5, 100, 7}, 0.5, xy, 0},
+        {o, x10, {5, 100, 7}, 7.1, VEXO_AXIS_X | VEXO_AXIS_Z, 1},
+        {o, x10, {5, 100, 7}, 0.0, 0, 1}, // no axis: every distance is 0
+        {o, x10, {5, 100, 7}, -1.0, 0, 0},
+        {o, x10, {5, NAN, 0}, 0.5, xy, 0},
+        {o, x10, {5, 100, 7}, NAN, VEXO_AXIS_X, 0},
+        {from, to, {1, 6, 6}, 0.0, xyz, 1}, // the first midpoint, exactly
     };
-    const uint32_t xy = VEXO_AXIS_X | VEXO_AXIS_Y;
-    const Case cases[] = {
-        {1024, {1024.2, 0, 0}, 0.25, xy | VEXO_AXIS_Z, 1},
-        {1024, {512, 0.1, 0}, 0.2, xy, 1},
-        {1024, {300, 40, 0}, 39.9, xy, 0},
-        {1024, {300, 40, 0}, 40.5, xy, 1},
-        {1024, {341, 0, 0}, 0.3, xy, 0}, // on it, but the search ends on 340.5
-        {1024, {341, 0, 0}, 0.5, xy, 1},
-        {10, {5, 100, 7}, 0.5, VEXO_AXIS_X, 1},
-        {10, {5, 100, 7}, 0.5, xy, 0},
-        {10, {5, 100, 7}, 7.1, VEXO_AXIS_X | VEXO_AXIS_Z, 1},
-        {10, {5, 100, 7}, 0.0, 0, 1}, // no axis: every distance is 0
-        {10, {5, 100, 7}, -1.0, 0, 0},
-        {10, {5, NAN, 0}, 0.5, xy, 0},
-        {10, {5, 100, 7}, NAN, VEXO_AXIS_X, 0},
-    };
-    for (const Case &c : cases) {
-        const double a[3] = {0, 0, 0}, b[3] = {c.end_x, 0, 0};
-        EXPECT_EQ(vexo_vec_line_to_dot_is_dist(a, b, c.p, c.tolerance, c.axes), c.expected)
+    for (const auto &c : cases)
+        EXPECT_EQ(vexo_vec_line_to_dot_is_dist(c.a, c.b, c.p, c.tolerance, c.axes), c.expected)
             << c.p[0] << ", " << c.p[1] << " within " << c.tolerance << " axes " << c.axes;
-    }
 }
 
 TEST(VectorNullArguments, IgnoredOrNaN) {

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "curves/spline.hpp"
@@ -10,16 +11,20 @@
 
 namespace {
 
-std::vector<GeomPoint> at_x(const std::vector<double> &xs) {
+// One call over points at xs whose y starts at -999: the status and the y
+// values. Only y may change: x, z and flags must come back as they went in.
+std::pair<uint32_t, std::vector<double>> eval(const std::vector<double> &knots,
+                                              std::vector<double> xs) {
     std::vector<GeomPoint> pts;
     for (double x : xs)
         pts.push_back(vexo_test::point(x, -999.0, 42.0, 5));
-    return pts;
-}
-
-uint32_t eval(const std::vector<double> &knots, std::vector<GeomPoint> &pts) {
-    return vexo_spline_get_curve2d(knots.data(), (int32_t)(knots.size() / 2), pts.data(),
-                                   (int32_t)pts.size());
+    const uint32_t status = vexo_spline_get_curve2d(knots.data(), (int32_t)(knots.size() / 2),
+                                                    pts.data(), (int32_t)pts.size());
+    for (size_t i = 0; i < pts.size(); ++i) {
+        EXPECT_TRUE(pts[i].x == xs[i] && pts[i].z == 42 && pts[i].flags == 5);
+        xs[i] = pts[i].y;
+    }
+    return {status, xs};
 }
 
 } // namespace
@@ -39,24 +44,19 @@ TEST(Spline, HandSolvedLinesAndKnots) {
         {{0, 1, 0.5, 2, 2, 5, 3.25, 7.5, 7, 15}, {-2, 1, 5.5, 9}, {-3, 3, 12, 19}, 1e-13},
     };
     for (const auto &c : cases) {
-        auto pts = at_x(c.xs);
-        ASSERT_EQ(eval(c.knots, pts), VEXO_OK);
-        for (size_t i = 0; i < pts.size(); ++i) {
-            EXPECT_NEAR(pts[i].y, c.ys[i], c.tolerance) << &c - cases << " at " << c.xs[i];
-            EXPECT_TRUE(pts[i].x == c.xs[i] && pts[i].z == 42 && pts[i].flags == 5); // y only
-        }
+        const auto [status, ys] = eval(c.knots, c.xs);
+        ASSERT_EQ(status, VEXO_OK);
+        for (size_t i = 0; i < ys.size(); ++i)
+            EXPECT_NEAR(ys[i], c.ys[i], c.tolerance) << &c - cases << " at " << c.xs[i];
     }
 }
 
 TEST(Spline, EqualKnotsAndTheWarmStartedBracket) {
-    // A point bracketed by two knots of equal x (also when the previous
-    // bracket ends at that x): y 0, -2, later points untouched.
-    auto pts = at_x({1.5, 2.0, 0.5});
-    EXPECT_EQ(eval({0, 0, 1, 1, 2, 2, 2, 5}, pts), VEXO_SPLINE_EQUAL_KNOTS);
-    EXPECT_TRUE(pts[0].y != -999.0 && pts[1].y == 0.0 && pts[2].y == -999.0);
-    pts = at_x({0.0}); // left of two equal first knots
-    EXPECT_EQ(eval({1, 0, 1, 3, 2, 2}, pts), VEXO_SPLINE_EQUAL_KNOTS);
-    EXPECT_EQ(pts[0].y, 0.0);
+    // A point on two knots of equal x, the previous bracket ending there: y 0,
+    // the point before written, later points untouched.
+    const auto [status, ys] = eval({0, 0, 1, 1, 2, 2, 2, 5}, {1.5, 2.0, 0.5});
+    EXPECT_TRUE(status == VEXO_SPLINE_EQUAL_KNOTS && ys[0] != -999.0 && ys[1] == 0.0 &&
+                ys[2] == -999.0);
 
     // One call starts each search from the last bracket, a call per point
     // from the whole range: both agree, with equal pairs of knots (never
@@ -69,41 +69,35 @@ TEST(Spline, EqualKnotsAndTheWarmStartedBracket) {
                                        (double)(rng() % 10)});
         for (int j = 0; j < 30; ++j)
             where.push_back((rng() % 26) / 4.0 - 1.0); // on the knots and between them
-        auto all = at_x(where);
-        const uint32_t status = eval(knots, all);
+        const auto all = eval(knots, where);
         bool stopped = false;
         for (size_t j = 0; j < where.size(); ++j) {
-            auto one = at_x({where[j]});
-            const bool single_stops = eval(knots, one) == VEXO_SPLINE_EQUAL_KNOTS;
-            const double want = stopped ? -999.0 : one[0].y; // NaN when knots coincide
-            ASSERT_TRUE(vexo_test::same_bytes(all[j].y, want)) << trial << " at " << where[j];
-            stopped = stopped || single_stops;
+            const auto one = eval(knots, {where[j]});
+            const double want = stopped ? -999.0 : one.second[0]; // NaN when knots coincide
+            ASSERT_TRUE(vexo_test::same_bytes(all.second[j], want)) << trial << " at " << where[j];
+            stopped = stopped || one.first == VEXO_SPLINE_EQUAL_KNOTS;
         }
-        EXPECT_EQ(status, stopped ? VEXO_SPLINE_EQUAL_KNOTS : VEXO_OK) << trial;
+        EXPECT_EQ(all.first, stopped ? VEXO_SPLINE_EQUAL_KNOTS : VEXO_OK) << trial;
     }
-}
-
-static int g_failing_call = -1, g_calls = 0;
-static void *failing_allocator(size_t bytes) {
-    return g_calls++ == g_failing_call ? nullptr : std::malloc(bytes);
 }
 
 TEST(Spline, BadArgumentsAndAllocationFailures) {
-    const std::vector<double> knots = {0, 0, 1, 1, 2, 0};
-    auto pts = at_x({0.5});
+    const double knots[6] = {0, 0, 1, 1, 2, 0};
+    GeomPoint pt = vexo_test::point(0.5, -999.0);
     for (int count : {1, 0, -4})
-        EXPECT_EQ(vexo_spline_get_curve2d(knots.data(), count, pts.data(), 1), 16u) << count;
-    EXPECT_EQ(vexo_spline_get_curve2d(nullptr, 3, pts.data(), 1), 16u);
-    EXPECT_EQ(vexo_spline_get_curve2d(knots.data(), 3, nullptr, 1), 16u);
-    EXPECT_EQ(vexo_spline_get_curve2d(knots.data(), 3, pts.data(), -1), 16u);
-    EXPECT_EQ(vexo_spline_get_curve2d(knots.data(), 3, nullptr, 0), VEXO_OK);
-    // Any of the four work buffers failing: 11, points left alone.
-    for (g_failing_call = 0; g_failing_call < 5; ++g_failing_call) {
-        const bool fails = g_failing_call < 4;
-        g_calls = 0;
-        EXPECT_EQ(vexo::evaluate_spline(knots.data(), 3, pts.data(), 1, failing_allocator),
-                  fails ? VEXO_ERROR_NO_MEMORY : VEXO_OK);
-        EXPECT_EQ(pts[0].y, fails ? -999.0 : 0.6875);
+        EXPECT_EQ(vexo_spline_get_curve2d(knots, count, &pt, 1), 16u) << count;
+    EXPECT_EQ(vexo_spline_get_curve2d(nullptr, 3, &pt, 1), 16u);
+    EXPECT_EQ(vexo_spline_get_curve2d(knots, 3, nullptr, 1), 16u);
+    EXPECT_EQ(vexo_spline_get_curve2d(knots, 3, &pt, -1), 16u);
+    EXPECT_EQ(vexo_spline_get_curve2d(knots, 3, nullptr, 0), VEXO_OK);
+    // Any of the four work buffers failing: 11, the point left alone.
+    static int failing, calls;
+    auto allocator = [](size_t bytes) { return calls++ == failing ? nullptr : std::malloc(bytes); };
+    for (failing = 0; failing < 5; ++failing) {
+        calls = 0;
+        EXPECT_EQ(vexo::evaluate_spline(knots, 3, &pt, 1, allocator),
+                  failing < 4 ? VEXO_ERROR_NO_MEMORY : VEXO_OK);
+        EXPECT_EQ(pt.y, failing < 4 ? -999.0 : 0.6875);
     }
-    EXPECT_EQ(g_calls, 4);
+    EXPECT_EQ(calls, 4);
 }
