@@ -1,7 +1,9 @@
-// Each binary parser against files built here from values the test chose.
+// Each binary parser against files built here from values the test chose,
+// and each writer against the file its format's loader read.
 #include <functional>
 
 #include "corr/loaders.hpp"
+#include "corr/writers.hpp"
 #include "fixtures.hpp"
 
 using namespace vexo_test;
@@ -82,8 +84,6 @@ uint32_t parse_kxo(vexo::ByteSpan file, CorrTable &t) {
     return vexo::parse_kxo(file, t, h);
 }
 
-double coord(const GeomPoint &p, int a) { return a == 0 ? p.x : a == 1 ? p.y : p.z; }
-
 } // namespace
 
 TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
@@ -103,17 +103,19 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
         ByteVec file;
         int excess; // bytes after (or, negative, before) the data that are ignored
         Value expect;
+        void (*encode)(const CorrTable &, uint8_t *) = nullptr; // the writer, which must give
+        size_t from = 0;                                         // the file back from here on
     } cases[] = {
         {"ucf", vexo::parse_ucf, grid({'U', 'C', 'F', '1'}, 65, {1, 0, 2}, kCols, 2, word), 100,
          ucf_cell},
         // Exactly 16,900 bytes is the form without Z, which then reads as 0.
         {"ucf 16900", vexo::parse_ucf, two_planes, 0, no_z_cell},
-        {"ctb", vexo::parse_ctb, two_planes, 100, no_z_cell},
+        {"ctb", vexo::parse_ctb, two_planes, 100, no_z_cell, vexo::encode_ctb},
         {"ct5", vexo::parse_ct5, grid(padded("CT5", 64), 257, {1, 0}, kCols, 4, ct5_word), 100,
          ct5_cell},
         {"gcd", vexo::parse_gcd, grid({}, 65, {2, 0, 1}, kCells, 2, gcd_offset), 100, gcd_cell},
         {"kxo", parse_kxo, grid({head, head + 12}, 65, {0, 1, 2}, kCols, 4, kxo_stored, kBig), 100,
-         kxo_cell},
+         kxo_cell, [](const CorrTable &t, uint8_t *b) { vexo::encode_kxo(t, {}, b); }, 12},
         // The first value of each quadruple is y, the second x.
         {"crt", vexo::parse_crt,
          grid(padded("CRT", 2048), 65, {1, 0, 2, 2}, kCells, 4, crt_value, kReal), 100, crt_cell},
@@ -125,7 +127,7 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
         // The f64 galvo scale is not applied; the 4-byte zero trailer is optional.
         {"cor JCZ_COR_2_1", vexo::parse_cor,
          grid(factors("JCZ_COR_2_1", 28, {0}), 65, {0, 1}, kCells, 4, cor_int_delta), 4,
-         cor21_cell},
+         cor21_cell, [](const CorrTable &t, uint8_t *b) { vexo::encode_cor21(t, 2, b); }},
         // Only the last 65,536 bytes count.
         {"fcr", vexo::parse_fcr, grid({}, 128, {0, 1}, kRows, 2, fcr_delta), -777, fcr_cell},
     };
@@ -133,6 +135,7 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
     std::memset(&garbage, 0x7F, sizeof garbage);
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
+        const size_t size = c.file.size();
         ByteVec longer = c.file;
         longer.insert(c.excess < 0 ? longer.begin() : longer.end(), size_t(std::abs(c.excess)), 7);
         // Every cell is replaced, so the starting content does not matter.
@@ -140,13 +143,16 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
             CorrTable t = file == &c.file ? neutral_table() : garbage;
             ASSERT_EQ(c.parse({file->data(), file->size()}, t), VEXO_OK);
             for (int k = 0; k < 3 * 4225; ++k)
-                ASSERT_EQ(coord(t.cell[k / 3], k % 3), c.expect(k / 195, k / 3 % 65, k % 3)) << k;
+                ASSERT_EQ(xyz(t.cell[k / 3])[k % 3u], c.expect(k / 195, k / 3 % 65, k % 3)) << k;
+            if (ByteVec saved(size + 4); c.encode) { // room for a JCZ_COR_2_1 trailer
+                c.encode(t, saved.data());
+                EXPECT_TRUE(std::equal(&c.file[c.from], c.file.data() + size, &saved[c.from]));
+            }
         }
         // A prefix fails without writing a cell; an exact-size copy lets ASan
         // see a read past its end.
-        std::vector<size_t> lengths = {0,    1,    4,    11,    12,    55,    56,   518,
-                                       519, 2047, 2048, 8450, 16899, 16901, 25353};
-        const size_t size = c.file.size();
+        std::vector<size_t> lengths = {0,   1,    4,    11,   12,   55,    56,    518,
+                                       519, 2047, 2048, 8450, 16899, 16901, size - 1};
         for (size_t len = 97; len < size; len += 4999)
             lengths.push_back(len);
         for (size_t len : lengths) {

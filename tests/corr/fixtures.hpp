@@ -2,18 +2,14 @@
 #pragma once
 
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "vexo.h"
 #include "vexo_test_util.hpp"
 
 namespace vexo_test {
@@ -32,14 +28,11 @@ inline std::string scratch_path(const std::string &name) {
     return (*dir / name).string();
 }
 
-inline void write_file(const std::string &path, const ByteVec &b) {
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(b.data()),
-                                                long(b.size()));
-}
-
-inline ByteVec read_file(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    return ByteVec(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+// Writes a scratch file holding `bytes` and returns its path.
+inline std::string scratch_file(const std::string &name, const std::string &bytes) {
+    const std::string path = scratch_path(name);
+    std::ofstream(path, std::ios::binary) << bytes;
+    return path;
 }
 
 // Neutral value of grid line 0..64, computed apart from the library.

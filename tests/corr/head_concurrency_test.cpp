@@ -2,6 +2,7 @@
 // a whole header (from one load, or zero), never a mix of two.
 #include <atomic>
 #include <thread>
+
 #include "fixtures.hpp"
 
 using namespace vexo_test;
@@ -9,15 +10,12 @@ using namespace vexo_test;
 TEST(CorrHeadConcurrency, LoadsNeverTearTheHeader) {
     auto value_for = [](uint8_t tag) { return 0x01010101u * tag; }; // a torn header breaks the pair
     const CorrTable neutral = neutral_table();
-    std::vector<std::string> files;
+    std::vector<std::string> files = {scratch_file("mt.ctb", std::string(16900, 0x11))};
     for (uint8_t tag = 1; tag <= 4; ++tag) {
         const CorrHead head{0, 0, tag, {}, value_for(tag)};
         files.push_back(scratch_path("mt" + std::to_string(tag) + ".kxo"));
         ASSERT_EQ(vexo_corr_save_kxo(&neutral, files.back().c_str(), &head), VEXO_OK);
     }
-    files.push_back(scratch_path("mt.ctb"));
-    write_file(files.back(), ByteVec(16900, 0x11));
-
     std::atomic<bool> stop{false};
     std::atomic<int> torn{0}, failed_loads{0};
     std::vector<std::thread> loaders, readers;
@@ -29,8 +27,7 @@ TEST(CorrHeadConcurrency, LoadsNeverTearTheHeader) {
         });
     for (int r = 0; r < 2; ++r)
         readers.emplace_back([&] {
-            while (!stop) {
-                CorrHead h;
+            for (CorrHead h; !stop;) {
                 vexo_corr_get_corr_head(&h);
                 const bool zero = !h.version && !h.header_size && !h.tag && !h.value;
                 const bool whole = h.version == 1 && h.header_size == 12 && h.tag >= 1 &&

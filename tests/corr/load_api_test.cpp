@@ -1,8 +1,48 @@
-// The file-level load: format by number or name, file errors, the header.
+// The neutral table, refused arguments across the correction functions, and
+// the file-level load: format by number or name, file errors, the header.
+#include <cstddef>
+
 #include "corr/dispatch.hpp"
+#include "corr/writers.hpp"
 #include "fixtures.hpp"
 
 using namespace vexo_test;
+
+static_assert(offsetof(CorrHead, header_size) == 2 && offsetof(CorrHead, tag) == 4 &&
+                  offsetof(CorrHead, reserved) == 5 && offsetof(CorrHead, value) == 8,
+              "CorrHead is the 12-byte file header");
+
+TEST(CorrNeutral, EveryCellWithFlagsUntouched) {
+    CorrTable t;
+    std::memset(&t, 0xCD, sizeof t);
+    ASSERT_EQ(vexo_corr_set_neutral(&t), VEXO_OK);
+    for (int k = 0; k < 4225; ++k)
+        ASSERT_TRUE(xyz(t.cell[k]) == (Xyz{neutral(k % 65), neutral(k / 65), 0}) &&
+                    t.cell[k].flags == 0xCDCDCDCDu) << k;
+}
+
+TEST(CorrApi, NullArgumentsAreRefusedAndTouchNothing) {
+    CorrTable t = neutral_table();
+    const CorrHead head{};
+    const GeomPoint node = point(1, 1);
+    const double p[2] = {0, 0};
+    CorrTable *const no_table = nullptr;
+    const uint32_t statuses[] = {
+        vexo_corr_set_neutral(no_table), vexo_corr_get_corr_head(nullptr),
+        vexo_corr_load_corr65(no_table, "x.kxo", 0), vexo_corr_load_corr65(&t, nullptr, 0),
+        vexo_corr_save_kxo(nullptr, "x", &head), vexo_corr_save_kxo(&t, nullptr, &head),
+        vexo_corr_save_kxo(&t, "x.kxo", nullptr), vexo_corr_save_ctb(nullptr, "x"),
+        vexo_corr_save_ctb(&t, nullptr), vexo_corr_save_cor(nullptr, "x", 1),
+        vexo_corr_save_cor(&t, nullptr, 1), vexo_corr_interpolate(1, &node, &node, 100, nullptr),
+        vexo_corr_interpolate(1, nullptr, &node, 100, &t),
+        vexo_corr_interpolate(1, &node, nullptr, 100, &t), vexo_corr_set_scale(nullptr, 1),
+        vexo_corr_set_focal(nullptr, 160, 110, 110), vexo_corr_adjust_single(nullptr, p, p, 1, 3),
+        vexo_corr_adjust_single(&t, nullptr, p, 1, 3),
+        vexo_corr_adjust_single(&t, p, nullptr, 1, 3), vexo_corr_set_spatial(nullptr, 0, 2)};
+    for (size_t i = 0; i < std::size(statuses); ++i)
+        EXPECT_EQ(statuses[i], VEXO_ERROR_INVALID_PARAMETER) << i;
+    EXPECT_TRUE(same(t, neutral_table()));
+}
 
 TEST(CorrDispatch, ExtensionSearchOrder) {
     const std::pair<const char *, uint32_t> cases[] = {
@@ -17,80 +57,51 @@ TEST(CorrDispatch, ExtensionSearchOrder) {
 }
 
 // A load starts from the neutral table, and every failure leaves it neutral.
-TEST(CorrLoadFile, StatusesAndTheNeutralStart) {
-    const std::string fcr = scratch_path("zero.fcr"), bin = scratch_path("zero.bin"),
-                      txt = scratch_path("size.txt"), folder = scratch_path("folder.kxo"),
-                      missing = scratch_path("missing.kxo"), empty_ucf = scratch_path("e.ucf"),
-                      empty_fcr = scratch_path("e.fcr"), huge = scratch_path("huge.fcr");
-    write_file(fcr, ByteVec(65536 + 1000, 0)); // zero deltas
-    write_file(bin, ByteVec(65536, 0));
-    write_file(txt, {'S', 'I', 'Z', 'E', ':', '9'});
-    write_file(empty_ucf, {});
-    write_file(empty_fcr, {});
-    std::filesystem::create_directories(folder);
-    std::ofstream(huge).close();
-    std::filesystem::resize_file(huge, (uintmax_t{64} << 20) + 1); // sparse; refused unread
-    const struct { const std::string &path; uint32_t format, status; } cases[] = {
-        {fcr, 0, VEXO_OK},      {bin, 10, VEXO_OK},     {txt, 0, VEXO_OK},
-        {bin, 0, 34},           {bin, 12, 34},          {bin, 99, 34},     {bin, 0xFFFFFFFF, 34},
-        {fcr, 3, 21}, // the number decides, not the name
-        {missing, 0, 19},       {missing, 10, 19},      {folder, 0, 19},   {folder, 1, 19},
-        {folder, 3, 19},        {folder, 10, 19},       {empty_ucf, 0, 21}, {empty_fcr, 0, 21},
-        {huge, 0, 7}};
+// Every load zeroes the header but a kxo one, which takes it from as many
+// bytes as the file has (the rest zero, reserved bytes as read) even when
+// the file is then too short.
+TEST(CorrLoadFile, StatusesNeutralStartAndHeader) {
     const CorrTable neutral = neutral_table();
+    const CorrHead head{0, 0, 0x42, {}, 0xCAFEF00D}, zero{};
+    const std::string kxo = scratch_path("head.kxo");
+    ASSERT_EQ(vexo_corr_save_kxo(&neutral, kxo.c_str(), &head), VEXO_OK);
+    ByteVec kxo_bytes(vexo::kKxoFileSize);
+    vexo::encode_kxo(neutral, head, kxo_bytes.data());
+    kxo_bytes[7] = 0xCC;
+    auto cut = [&](long n) {
+        return scratch_file("cut" + std::to_string(n) + ".kxo",
+                            std::string(kxo_bytes.begin(), kxo_bytes.begin() + n));
+    };
+    const std::string fcr = scratch_file("zero.fcr", std::string(65536 + 1000, 0)), // no deltas
+                      bin = scratch_file("zero.bin", std::string(65536, 0)),
+                      txt = scratch_file("size.txt", "SIZE:9"),
+                      scor = scratch_file("head.scor", "[LMCorrectData]\n"),
+                      empty_ucf = scratch_file("e.ucf", ""), empty_fcr = scratch_file("e.fcr", ""),
+                      huge = scratch_file("huge.fcr", ""), folder = scratch_path("folder.kxo"),
+                      missing = scratch_path("missing.kxo");
+    std::filesystem::create_directories(folder);
+    std::filesystem::resize_file(huge, (uintmax_t{64} << 20) + 1); // sparse; refused unread
+    const CorrHead cut12{1, 12, 0x42, {0, 0, 0xCC}, 0xCAFEF00D};
+    const struct { std::string path; uint32_t format, status; CorrHead head; } cases[] = {
+        {fcr, 0, VEXO_OK, zero}, {bin, 10, VEXO_OK, zero}, {txt, 0, VEXO_OK, zero},
+        {scor, 0, 25, zero},     {bin, 0, 34, zero},       {missing, 12, 34, zero},
+        {bin, 99, 34, zero},     {bin, 0xFFFFFFFF, 34, zero},
+        {kxo, 3, 21, zero},      {fcr, 3, 21, zero}, // the number decides, not the name
+        {missing, 0, 19, zero},  {missing, 10, 19, zero},  {folder, 0, 19, zero},
+        {folder, 3, 19, zero},   {empty_ucf, 0, 21, zero}, {empty_fcr, 0, 21, zero},
+        {huge, 0, 7, zero},      {cut(0), 0, 21, zero},    {cut(3), 0, 21, {1, 0, 0, {}, 0}},
+        {cut(6), 0, 21, {1, 12, 0x42, {}, 0}}, {cut(12), 0, 21, cut12}, {cut(50711), 0, 21, cut12}};
+    CorrTable t;
+    CorrHead h;
     for (const auto &c : cases) {
-        CorrTable t;
+        ASSERT_EQ(vexo_corr_load_corr65(&t, kxo.c_str(), 0), VEXO_OK); // a header to replace
         std::memset(&t, 0xAB, sizeof t);
+        std::memset(&h, 0x77, sizeof h);
         EXPECT_EQ(vexo_corr_load_corr65(&t, c.path.c_str(), c.format), c.status) << c.path;
         EXPECT_TRUE(same(t, neutral)) << c.path << " " << c.format;
+        EXPECT_TRUE(vexo_corr_get_corr_head(&h) == VEXO_OK && same_bytes(h, c.head)) << c.path;
     }
-    CorrTable t;
-    EXPECT_EQ(vexo_corr_load_corr65(static_cast<CorrTable *>(nullptr), fcr.c_str(), 0),
-              VEXO_ERROR_INVALID_PARAMETER);
+    ASSERT_EQ(vexo_corr_load_corr65(&t, kxo.c_str(), 0), VEXO_OK); // a refused load zeroes it too
     EXPECT_EQ(vexo_corr_load_corr65(&t, nullptr, 0), VEXO_ERROR_INVALID_PARAMETER);
-}
-
-TEST(CorrLoadFile, HeaderFollowsTheLastLoad) {
-    auto head_now = [] {
-        CorrHead h;
-        std::memset(&h, 0x77, sizeof h);
-        EXPECT_EQ(vexo_corr_get_corr_head(&h), VEXO_OK);
-        return h;
-    };
-    const CorrHead head{0, 0, 0x42, {}, 0xCAFEF00D}, zero{};
-    const CorrTable neutral = neutral_table();
-    const std::string kxo = scratch_path("head.kxo"), ucf = scratch_path("head.ucf"),
-                      cut = scratch_path("cut.kxo");
-    ASSERT_EQ(vexo_corr_save_kxo(&neutral, kxo.c_str(), &head), VEXO_OK);
-    write_file(ucf, ByteVec(16900, 0));
-    // Any other format, a failed load or a refused argument zeroes it.
-    const std::pair<const char *, uint32_t> loads[] = {
-        {ucf.c_str(), 0}, {"no-such.kxo", 0}, {ucf.c_str(), 77}, {kxo.c_str(), 3}, {nullptr, 0}};
-    for (const auto &[path, format] : loads) {
-        CorrTable t;
-        ASSERT_EQ(vexo_corr_load_corr65(&t, kxo.c_str(), 0), VEXO_OK);
-        CorrHead h = head_now();
-        EXPECT_TRUE(h.version == 1 && h.header_size == 12 && h.tag == 0x42 && h.value == 0xCAFEF00D)
-            << format;
-        vexo_corr_load_corr65(&t, path, format);
-        h = head_now();
-        EXPECT_EQ(std::memcmp(&h, &zero, sizeof h), 0) << (path ? path : "NULL") << " " << format;
-    }
-    // A cut kxo file fails, yet its header is taken from as many bytes as it
-    // has (the rest zero); reserved bytes are kept as read.
-    const struct { size_t length; uint16_t version, header_size; uint8_t tag; uint32_t value; }
-        cuts[] = {{0, 0, 0, 0, 0},      {3, 1, 0, 0, 0},  {6, 1, 12, 0x42, 0},
-                  {12, 1, 12, 0x42, 0xCAFEF00D}, {50711, 1, 12, 0x42, 0xCAFEF00D}};
-    for (const auto &c : cuts) {
-        ByteVec bytes = read_file(kxo);
-        bytes[7] = 0xCC;
-        bytes.resize(c.length);
-        write_file(cut, bytes);
-        CorrTable t;
-        EXPECT_EQ(vexo_corr_load_corr65(&t, cut.c_str(), 0), VEXO_ERROR_READ_FILE);
-        const CorrHead h = head_now();
-        EXPECT_TRUE(h.version == c.version && h.header_size == c.header_size && h.tag == c.tag &&
-                    h.reserved[2] == (c.length >= 8 ? 0xCC : 0) && h.value == c.value)
-            << c.length;
-    }
+    EXPECT_TRUE(vexo_corr_get_corr_head(&h) == VEXO_OK && same_bytes(h, zero));
 }

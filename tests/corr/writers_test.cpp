@@ -1,6 +1,5 @@
-// The three writers: byte layout, rounding, saturation, and save -> load.
-#include <functional>
-
+// The three writers: header, rounding, saturation, save -> load and file
+// errors. Their layouts are checked against the loaders' test files.
 #include "core/byteorder.hpp"
 #include "corr/rounding.hpp"
 #include "corr/writers.hpp"
@@ -8,24 +7,7 @@
 
 using namespace vexo_test;
 
-TEST(CorrSaveKxo, NeutralTableBytesRoundingAndSaturation) {
-    CorrTable t = neutral_table();
-    CorrHead head{9, 99, 0xA7, {0xFF, 0xFF, 0xFF}, 0x01020304}; // version, size, reserved ignored
-    const std::string path = scratch_path("neutral.kxo");
-    ASSERT_EQ(vexo_corr_save_kxo(&t, path.c_str(), &head), VEXO_OK);
-    ByteVec file = read_file(path);
-    auto entry = [&](int plane, int k) {
-        return vexo::load_be_i32(&file[12 + 16900 * plane + 4 * k]);
-    };
-    ASSERT_EQ(file.size(), 50712u);
-    const ByteVec header = {0, 1, 0, 12, 0xA7, 0, 0, 0, 1, 2, 3, 4};
-    EXPECT_EQ(ByteVec(file.begin(), file.begin() + 12), header);
-    EXPECT_EQ(entry(0, 0), 0);
-    EXPECT_EQ(entry(0, 64 * 65), 1966050000); // column 64, row 0
-    EXPECT_EQ(entry(1, 64), 1966050000);      // row 64, column 0
-    EXPECT_EQ(entry(1, 1), 30719531);         // row 1: 1023.984375 * 30000
-    for (int k = 0; k < 4225; ++k)
-        ASSERT_EQ(entry(2, k), 983025000) << k;
+TEST(CorrWriters, HeaderRoundingAndSaturation) {
     // Half away from zero after clamping to the target range; NaN gives 0.
     const std::pair<double, int32_t> to_i32[] = {
         {-0.5, -1},         {0.5, 1},  {-0.4, 0}, {2.5, 3}, {-2.5, -3}, {1e300, INT32_MAX},
@@ -35,34 +17,33 @@ TEST(CorrSaveKxo, NeutralTableBytesRoundingAndSaturation) {
     const std::pair<double, int> to_u16[] = {{-3, 0}, {65535.49, 65535}, {7e4, 65535}, {.5, 1}};
     for (const auto &[value, stored] : to_u16)
         EXPECT_EQ(vexo::round_to_u16(value), stored) << value;
-    at(t, 0, 0).x = 1e9;
-    at(t, 1, 0).y = -1e9;
-    at(t, 0, 1).z = NAN;
-    vexo::encode_kxo(t, head, file.data());
-    EXPECT_TRUE(entry(0, 0) == INT32_MAX && entry(1, 1) == INT32_MIN && entry(2, 65) == 0);
-}
-
-TEST(CorrSaveCtbCor, LayoutAndRounding) {
+    // The same through each writer.
     CorrTable t = neutral_table();
-    at(t, 1, 0).x = -32667.0; // ctb word 100.5 -> 101 (entry 1 = row 1, column 0)
-    at(t, 0, 1).x = 40000.0;  // clamps to 65535 (entry 65 = row 0, column 1)
-    at(t, 0, 0).x -= 3.5;     // cor delta +3.5 -> 4
-    at(t, 0, 0).y += 2.5;     // -2.5 -> -3
-    const std::string ctb = scratch_path("layout.ctb"), cor = scratch_path("layout.cor");
-    ASSERT_EQ(vexo_corr_save_ctb(&t, ctb.c_str()), VEXO_OK);
-    ASSERT_EQ(vexo_corr_save_cor(&t, cor.c_str(), 1234.5), VEXO_OK);
-    const ByteVec w = read_file(ctb), d = read_file(cor);
-    ASSERT_TRUE(w.size() == 16900 && d.size() == 33840);
-    auto x_word = [&](int k) { return vexo::load_le16(&w[8450 + 2 * k]); }; // after the Y plane
-    EXPECT_TRUE(x_word(1) == 101 && x_word(65) == 65535 && x_word(32 * 65 + 32) == 32768);
-    EXPECT_EQ(std::string(d.begin(), d.begin() + 28), "JCZ_COR_2_1" + std::string(17, '\0'));
-    EXPECT_EQ(vexo::load_le_f64(&d[28]), 1234.5);
-    EXPECT_TRUE(vexo::load_le_i32(&d[36]) == 4 && vexo::load_le_i32(&d[40]) == -3);
-    EXPECT_EQ(vexo::load_le_i32(&d[36 + 65 * 8]), -101); // row 1, column 0
-    EXPECT_EQ(ByteVec(d.end() - 4, d.end()), ByteVec(4, 0));
+    at(t, 0, 0).x = 1e9;      // kxo: saturates; ctb: 65535
+    at(t, 1, 0).y = -1e9;     // kxo: saturates; ctb: 0
+    at(t, 0, 1).z = NAN;      // kxo: 0
+    at(t, 1, 0).x = -32667.0; // ctb word 100.5 -> 101, cor delta -100.5 -> -101
+    at(t, 2, 2).x -= 3.5;     // cor delta +3.5 -> 4
+    at(t, 2, 2).y += 2.5;     // -2.5 -> -3
+    const CorrHead head{9, 99, 0xA7, {0xFF, 0xFF, 0xFF}, 0x01020304}; // only tag, value kept
+    ByteVec kxo(vexo::kKxoFileSize, 0xEE), ctb(16900, 0xEE), cor(33840, 0xEE);
+    vexo::encode_kxo(t, head, kxo.data());
+    vexo::encode_ctb(t, ctb.data());
+    vexo::encode_cor21(t, 1234.5, cor.data());
+    auto kxo_at = [&](int a, int k) { return vexo::load_be_i32(&kxo[12 + 16900 * a + 4 * k]); };
+    auto cor_at = [&](int k, int axis) { return vexo::load_le_i32(&cor[36 + 8 * k + 4 * axis]); };
+    EXPECT_EQ(ByteVec(&kxo[0], &kxo[12]), ByteVec({0, 1, 0, 12, 0xA7, 0, 0, 0, 1, 2, 3, 4}));
+    EXPECT_TRUE(kxo_at(0, 0) == INT32_MAX && kxo_at(1, 1) == INT32_MIN && kxo_at(2, 65) == 0);
+    // ctb entry k: row k mod 65, column k div 65, Y plane first.
+    EXPECT_TRUE(vexo::load_le16(&ctb[8450]) == 65535 && vexo::load_le16(&ctb[2]) == 0 &&
+                vexo::load_le16(&ctb[8450 + 2]) == 101);
+    EXPECT_EQ(std::string(cor.begin(), cor.begin() + 28), "JCZ_COR_2_1" + std::string(17, '\0'));
+    EXPECT_EQ(vexo::load_le_f64(&cor[28]), 1234.5);
+    EXPECT_TRUE(cor_at(65, 0) == -101 && cor_at(132, 0) == 4 && cor_at(132, 1) == -3);
+    EXPECT_EQ(ByteVec(cor.end() - 4, cor.end()), ByteVec(4, 0));
 }
 
-TEST(CorrWriters, EveryLayoutLoadsBackCloseWithTheHeaderOnlyFromKxo) {
+TEST(CorrWriters, EveryLayoutLoadsBackCloseAndFileErrors) {
     CorrTable original = neutral_table();
     for (int k = 0; k < 4225; ++k) { // a smooth distortion inside the output range
         original.cell[k].x = 0.99 * original.cell[k].x + 250 * std::sin(0.1 * k) + 1e-7 * k;
@@ -70,43 +51,34 @@ TEST(CorrWriters, EveryLayoutLoadsBackCloseWithTheHeaderOnlyFromKxo) {
         original.cell[k].z = 40 * std::sin(0.2 * k) - 0.3;
     }
     const CorrHead head{9, 99, 0x5C, {1, 2, 3}, 0xDEADBEEF};
-    const std::string kxo = scratch_path("back.kxo"), ctb = scratch_path("back.ctb"),
-                      cor = scratch_path("back.cor");
-    ASSERT_EQ(vexo_corr_save_kxo(&original, kxo.c_str(), &head), VEXO_OK);
-    ASSERT_EQ(vexo_corr_save_ctb(&original, ctb.c_str()), VEXO_OK);
-    ASSERT_EQ(vexo_corr_save_cor(&original, cor.c_str(), 7.0), VEXO_OK);
+    auto save = [&](int format, const std::string &path) { // kxo, ctb, cor as below
+        const char *p = path.c_str();
+        return format == 0   ? vexo_corr_save_kxo(&original, p, &head)
+               : format == 1 ? vexo_corr_save_ctb(&original, p)
+                             : vexo_corr_save_cor(&original, p, 7.0);
+    };
     // kxo: half a step, plus the decoder's last bits for exact halves.
-    const struct { const std::string &path; double tolerance, z; } cases[] = { // z NaN: as saved
-        {kxo, 1.0 / 60000 + 1e-9, NAN}, {ctb, 0.5, -32767.5}, {cor, 0.5, 0.0}};
-    for (const auto &c : cases) {
+    const struct { const char *name; size_t size; double tolerance, z; } cases[] = { // z NaN: kept
+        {"back.kxo", 50712, 1.0 / 60000 + 1e-9, NAN}, {"back.ctb", 16900, 0.5, -32767.5},
+        {"back.cor", 33840, 0.5, 0.0}};
+    const bool has_full = std::ifstream("/dev/full").good(); // opens, then has no room
+    for (int format = 0; format < 3; ++format) {
+        const auto &c = cases[format];
+        const std::string path = scratch_path(c.name);
         CorrTable back;
         CorrHead got;
-        ASSERT_EQ(vexo_corr_load_corr65(&back, c.path.c_str(), 0), VEXO_OK);
+        ASSERT_EQ(save(format, path), VEXO_OK);
+        EXPECT_EQ(std::filesystem::file_size(path), c.size);
+        ASSERT_EQ(vexo_corr_load_corr65(&back, path.c_str(), 0), VEXO_OK);
         for (int k = 0; k < 4225; ++k) {
-            ASSERT_NEAR(back.cell[k].x, original.cell[k].x, c.tolerance) << c.path << " " << k;
-            ASSERT_NEAR(back.cell[k].y, original.cell[k].y, c.tolerance) << c.path << " " << k;
+            ASSERT_NEAR(back.cell[k].x, original.cell[k].x, c.tolerance) << c.name << " " << k;
+            ASSERT_NEAR(back.cell[k].y, original.cell[k].y, c.tolerance) << c.name << " " << k;
             ASSERT_NEAR(back.cell[k].z, std::isnan(c.z) ? original.cell[k].z : c.z, c.tolerance);
         }
         ASSERT_EQ(vexo_corr_get_corr_head(&got), VEXO_OK);
-        const CorrHead want = &c.path == &kxo ? CorrHead{1, 12, 0x5C, {}, 0xDEADBEEF} : CorrHead{};
-        EXPECT_EQ(std::memcmp(&got, &want, sizeof got), 0) << c.path;
+        const CorrHead want = format == 0 ? CorrHead{1, 12, 0x5C, {}, 0xDEADBEEF} : CorrHead{};
+        EXPECT_TRUE(same_bytes(got, want)) << c.name;
+        EXPECT_EQ(save(format, scratch_path("no/such/folder/") + c.name), VEXO_ERROR_OPEN_FILE);
+        EXPECT_TRUE(!has_full || save(format, "/dev/full") == VEXO_ERROR_WRITE_FILE);
     }
-}
-
-TEST(CorrWriters, BadArgumentsAndFileErrors) {
-    const CorrTable t = neutral_table();
-    const CorrHead head{};
-    const std::function<uint32_t(const CorrTable *, const char *)> savers[] = {
-        [&](const CorrTable *table, const char *p) { return vexo_corr_save_kxo(table, p, &head); },
-        [](const CorrTable *table, const char *p) { return vexo_corr_save_ctb(table, p); },
-        [](const CorrTable *table, const char *p) { return vexo_corr_save_cor(table, p, 1.0); }};
-    const std::string missing_dir = scratch_path("no/such/folder/x");
-    const bool has_full = std::ifstream("/dev/full").good(); // opens, then has no room
-    for (const auto &save : savers) {
-        EXPECT_EQ(save(nullptr, "x"), VEXO_ERROR_INVALID_PARAMETER);
-        EXPECT_EQ(save(&t, nullptr), VEXO_ERROR_INVALID_PARAMETER);
-        EXPECT_EQ(save(&t, missing_dir.c_str()), VEXO_ERROR_OPEN_FILE);
-        EXPECT_TRUE(!has_full || save(&t, "/dev/full") == VEXO_ERROR_WRITE_FILE);
-    }
-    EXPECT_EQ(vexo_corr_save_kxo(&t, "x.kxo", nullptr), VEXO_ERROR_INVALID_PARAMETER);
 }
