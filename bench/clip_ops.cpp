@@ -5,13 +5,11 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <cstdio>
-#include <map>
-#include <string>
 #include <vector>
 
 #include <polyclipping/clipper.hpp>
 
+#include "bench_ratio.hpp"
 #include "vexo.h"
 
 namespace {
@@ -105,36 +103,6 @@ void outline_vexo(benchmark::State &state, uint32_t mode) {
     }
 }
 
-// Prints each vexo run's time over its Clipper baseline from this process.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run> &runs) override {
-        for (const Run &r : runs)
-            if (r.run_type == Run::RT_Iteration || r.aggregate_name == "median")
-                times_[base_name(r.benchmark_name())] = r.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void Finalize() override {
-        ConsoleReporter::Finalize();
-        std::printf("\noverhead ratios (goal <= 1.2):\n");
-        for (const auto &[name, t] : times_) {
-            const auto cut = name.find("/vexo");
-            if (cut == std::string::npos)
-                continue;
-            const auto base = times_.find(name.substr(0, cut) + "/clipper");
-            if (base != times_.end())
-                std::printf("  %-24s %.3f\n", name.c_str(), t / base->second);
-        }
-    }
-
-  private:
-    static std::string base_name(const std::string &n) {
-        const auto cut = n.find("_median");
-        return cut == std::string::npos ? n : n.substr(0, cut);
-    }
-    std::map<std::string, double> times_;
-};
-
 } // namespace
 
 int main(int argc, char **argv) {
@@ -148,9 +116,10 @@ int main(int argc, char **argv) {
         ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("outline/vexo_2d", outline_vexo, VEXO_CLIP_2D)
         ->Unit(benchmark::kMillisecond);
-    benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return 0;
+    return vexo_bench::run_with_ratios(argc, argv,
+                                       {{"union/vexo_3d", "union/clipper"},
+                                        {"union/vexo_2d", "union/clipper"},
+                                        {"outline/vexo_3d", "outline/clipper"},
+                                        {"outline/vexo_2d", "outline/clipper"}},
+                                       "goal <= 1.2");
 }

@@ -7,11 +7,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <algorithm>
-#include <map>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
+#include "bench_ratio.hpp"
 #include "corr/writers.hpp"
 #include "vexo.h"
 
@@ -108,35 +108,6 @@ void BM_SaveKxo(benchmark::State &state) {
             state.SkipWithError("save failed");
 }
 
-// Console output as usual, plus the times kept for the ratio lines.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run> &runs) override {
-        for (const Run &run : runs)
-            times_[run.benchmark_name()] = {run.GetAdjustedRealTime(), run.GetAdjustedCPUTime()};
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void print_ratios() const {
-        std::printf("\nratio library / raw baseline (goal <= 1.5)      real    cpu\n");
-        for (const Sample &s : kSamples)
-            print_ratio(std::string("load_") + s.name, std::string("raw_read_") + s.name);
-        print_ratio("save_kxo", "raw_write_kxo");
-    }
-
-  private:
-    void print_ratio(const std::string &name, const std::string &baseline) const {
-        auto a = times_.find(name), b = times_.find(baseline);
-        if (a == times_.end() || b == times_.end() || b->second.real <= 0 || b->second.cpu <= 0)
-            return;
-        std::printf("  %-44s %6.2f %6.2f\n", name.c_str(), a->second.real / b->second.real,
-                    a->second.cpu / b->second.cpu);
-    }
-    struct Times {
-        double real, cpu;
-    };
-    std::map<std::string, Times> times_;
-};
-
 } // namespace
 
 int main(int argc, char **argv) {
@@ -147,11 +118,11 @@ int main(int argc, char **argv) {
     }
     benchmark::RegisterBenchmark("raw_write_kxo", BM_RawWrite);
     benchmark::RegisterBenchmark("save_kxo", BM_SaveKxo);
-    benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.print_ratios();
+    vexo_bench::RatioList ratios;
+    for (const Sample &s : kSamples)
+        ratios.emplace_back(std::string("load_") + s.name, std::string("raw_read_") + s.name);
+    ratios.emplace_back("save_kxo", "raw_write_kxo");
+    const int status = vexo_bench::run_with_ratios(argc, argv, ratios, "goal <= 1.5");
     remove_samples();
-    benchmark::Shutdown();
-    return 0;
+    return status;
 }

@@ -4,14 +4,13 @@
 // back into the block) costs on top of the warp.
 #include <cstdint>
 #include <cstring>
-#include <map>
-#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 #include <opencv2/core/utility.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include "bench_ratio.hpp"
 #include "vexo.h"
 #include "vision/image_block.hpp"
 
@@ -85,48 +84,14 @@ void BM_StartCalibrator(benchmark::State &state) {
 }
 BENCHMARK(BM_StartCalibrator)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-// Prints the calibrator's cost as a multiple of the bare warp, from the
-// median when the runs are repeated.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run> &runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run &run : runs) {
-            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
-            if (run.run_type == Run::RT_Aggregate && !median)
-                continue;
-            // On one thread all the work is on the timed thread, so its CPU
-            // time is the figure that a busy machine does not disturb.
-            const double t = run.run_name.args == "1" ? run.GetAdjustedCPUTime()
-                                                      : run.GetAdjustedRealTime();
-            if (run.run_name.function_name == "BM_WarpOnly")
-                baseline_[run.run_name.args] = t;
-            else if (run.run_name.function_name == "BM_StartCalibrator")
-                measured_[run.run_name.args] = t;
-        }
-    }
-    void Finalize() override {
-        for (const auto &[args, t] : measured_) {
-            const auto base = baseline_.find(args);
-            if (base != baseline_.end() && base->second > 0)
-                GetOutputStream() << "ratio start_calibrator / warpPerspective ("
-                                  << (args == "1" ? "one thread, CPU time" : "worker threads, real time")
-                                  << "): " << t / base->second << "\n";
-        }
-        ConsoleReporter::Finalize();
-    }
-
-  private:
-    std::map<std::string, double> baseline_;
-    std::map<std::string, double> measured_;
-};
-
 } // namespace
 
 int main(int argc, char **argv) {
-    benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return 0;
+    // On one thread all the work is on the timed thread, so there the CPU
+    // ratio is the one to read; with OpenCV's workers, the real one.
+    return vexo_bench::run_with_ratios(
+        argc, argv,
+        {{"BM_StartCalibrator/1/real_time", "BM_WarpOnly/1/real_time"},
+         {"BM_StartCalibrator/0/real_time", "BM_WarpOnly/0/real_time"}},
+        "/1: one thread, /0: worker threads");
 }
