@@ -40,9 +40,8 @@ TEST(Bezier, ExactEndsAndDeCasteljauUpToDegree31) {
         for (uint32_t steps : {100000u, 150001u, 101u}) {
             std::vector<GeomPoint> out(steps);
             ASSERT_EQ(vexo_bezier_get_curve3d(c.data(), count, out.data(), steps), VEXO_OK);
-            EXPECT_EQ(xyz(out.front()), xyz(c.data()));
-            EXPECT_EQ(xyz(out.back()), xyz(&c[3 * (count - 1)])) << count << " " << steps;
-            EXPECT_NE(xyz(out[steps - 2]), xyz(out.back())) << count << " " << steps;
+            EXPECT_TRUE(xyz(out[0]) == xyz(c.data()) && xyz(out[steps - 2]) != xyz(out.back()) &&
+                        xyz(out.back()) == xyz(&c[3 * (count - 1)])) << count << " " << steps;
             for (uint32_t s = 0; steps == 101 && s < steps; ++s) {
                 std::vector<double> w(c.begin(), c.begin() + 3 * count);
                 for (int level = count - 1; level > 0; --level)
