@@ -130,8 +130,7 @@ TEST(ClipBool, AreasPathCountsAndSetSolution) {
         const Pts subject = fetch(h, true);
         ASSERT_EQ(bool_op(h, c.operand, c.mode) + bool_op(h, c.operand, c.mode), 2 * VEXO_OK) << k;
         const Pts out = fetch(h);
-        EXPECT_EQ(paths(out), c.paths) << k;
-        EXPECT_NEAR(area(out), c.area, 1e-9) << k;
+        EXPECT_TRUE(paths(out) == c.paths && std::fabs(area(out) - c.area) < 1e-9) << k;
         EXPECT_TRUE(same(fetch(h, true), subject)) << k; // then the result takes its place
         EXPECT_EQ(vexo_clip_set_solution(h.get()), c.paths ? VEXO_OK : kBad) << k;
         EXPECT_TRUE(same(fetch(h, true), c.paths ? out : subject) && no_result(h)) << k;
@@ -141,7 +140,6 @@ TEST(ClipBool, AreasPathCountsAndSetSolution) {
 TEST(ClipHandle, RefusedArgumentsChangeNothing) {
     const Pts sq = rect(0, 0, 10, 10, 1.0);
     EXPECT_TRUE(!vexo_clip_create(nullptr, 5, 0) && !vexo_clip_create(sq.data(), 0, 0));
-    vexo_clip_release(nullptr);
     auto h = make(sq), far = make(rect(0, 0, 4.7e15, 10));
     for (auto get : {vexo_clip_get_result, vexo_clip_get_subject}) {
         uint32_t n = 42;
@@ -203,8 +201,7 @@ TEST(ClipOutline, AreasBoundsAndPathCountsPerJoin) {
         auto h = make(c.in);
         ASSERT_EQ(vexo_clip_outline(h.get(), c.join, c.by), VEXO_OK) << k;
         const Pts out = fetch(h);
-        EXPECT_EQ(paths(out), c.paths) << k;
-        EXPECT_NEAR(area(out), c.area, c.tol + 1e-9) << k;
-        EXPECT_EQ(bounds(out), c.box) << k;
+        EXPECT_TRUE(paths(out) == c.paths && std::fabs(area(out) - c.area) <= c.tol + 1e-9 &&
+                    bounds(out) == c.box) << k;
     }
 }
