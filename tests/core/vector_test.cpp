@@ -59,6 +59,9 @@ TEST(Vector3d, CrossRotateNormaliseAndAngle) {
     // 18 / sqrt(38 * 339), 80.8748285 exactly). The cosine is clamped from above
     // only: u with itself rounds above 1 (0), against -u below -1 (NaN).
     EXPECT_NEAR(vexo_vector3d_angle(a, b), 80.87482629915277, 1e-12);
+    // Radians to degrees as r * 0.5 / pi * 360; r * 180 / pi ends in ...227.
+    const double e1[3] = {1, 0, 0}, e34[3] = {3, 4, 0};
+    EXPECT_EQ(vexo_vector3d_angle(e1, e34), 53.130100875676234);
     const double u[3] = {-0.50812388628872895, -4.6012099168103902, -4.2791636929363763};
     const double minus_u[3] = {-u[0], -u[1], -u[2]}, zero[3] = {0, 0, 0};
     EXPECT_EQ(vexo_vector3d_angle(u, u), 0.0);
