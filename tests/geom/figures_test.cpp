@@ -9,8 +9,7 @@
 using namespace vexo_test;
 
 TEST(Figures, CircleTurnsArcsAndRefusals) {
-    // Clockwise from +Y, closed exactly; from 360 down to 0 the other way
-    // (here with a radius <= 0, which becomes 0.0001).
+    // Clockwise from +Y, closed exactly; 360 down to 0 the other way (radius <= 0: 0.0001).
     const GeomPoint c = point(10, 20, 3);
     uint32_t n = 0, back_n = 0;
     Points fwd(vexo_geom_create_circle(2.0, &c, 0, 360, 4, &n));
@@ -38,10 +37,9 @@ TEST(Figures, CircleTurnsArcsAndRefusals) {
     Points twice(vexo_geom_create_circle(1.0, &c, -720, 0, 4, &n)); // whole turns: closed
     EXPECT_TRUE(n == 9 && twice.get()[8].flags == 1);
     // Shorter than a step, empty, NaN, absurdly long, no centre: nothing.
-    EXPECT_TRUE(vexo_geom_create_circle(1.0, &c, 0, 10, 8, &n) == nullptr && n == 0);
-    for (double end : {45.0, double(NAN), 1e300})
-        EXPECT_EQ(vexo_geom_create_circle(1.0, &c, 45, end, 8, nullptr), nullptr);
-    EXPECT_EQ(vexo_geom_create_circle(1.0, nullptr, 0, 360, 8, &n), nullptr);
+    for (double end : {55.0, 45.0, double(NAN), 1e300})
+        EXPECT_TRUE(vexo_geom_create_circle(1.0, &c, 45, end, 8, &n) == nullptr && n == 0) << end;
+    EXPECT_EQ(vexo_geom_create_circle(1.0, nullptr, 0, 360, 8, nullptr), nullptr);
 }
 
 TEST(Figures, SpiralDirectionsAndRefusals) {
@@ -72,13 +70,12 @@ TEST(Figures, PlainAndShapedDots) {
     const GeomDotShape circle = {0, 0, VEXO_DOT_REVERSE, 4, 2000, 0, 0},
                        none = {1, 0, 0, 12, 1000, 2000, 100}; // inner > outer: no points
     uint32_t count = 0, cap = 0;
-    // Into no buffer: the figure plus headroom; reversed, the second point
-    // lies on the left.
+    // Into no buffer: the figure plus headroom; reversed, the second point lies left.
     GeomPoint *p = vexo_geom_append_dot_fast(nullptr, &count, &at, true, &circle, &cap);
     ASSERT_TRUE(count == 5 && cap == 105);
     EXPECT_NEAR(p[1].x, 3.0, 1e-12);
-    // Unshaped with a shape, or shaped without one: the point with the end
-    // flag alone.  Then the figure again, with and without a capacity.
+    // Unshaped with a shape or shaped without one: the end-flagged point alone; the figure
+    // again, with and without a capacity.
     p = vexo_geom_append_dot_fast(p, &count, &at, false, &circle, &cap);
     p = vexo_geom_append_dot_fast(p, &count, &at, true, nullptr, &cap);
     p = vexo_geom_append_dot_fast(p, &count, &at, true, &circle, &cap);

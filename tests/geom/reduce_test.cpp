@@ -1,5 +1,4 @@
-// Point reduction by distance and by angle, and smoothing of short
-// zig-zags, over arrays of several polylines.
+// Reduction by distance and by angle, and smoothing, over arrays of several polylines.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -55,7 +54,7 @@ uint32_t reduce_step_by_step(GeomPoint *p, uint32_t count, double min_dist, bool
 
 } // namespace
 
-TEST(GeomReduce, WorkedCasesAndQuirks) {
+TEST(GeomReduce, WorkedCasesQuirksAndMissingArrays) {
     const struct { std::vector<GeomPoint> in; std::vector<Kept> out; } cases[] = {
         // Exactly min_dist away stays (strict test); the anchor then moves.
         {{p(0, 0), p(0.5, 0), p(0.7, 0), p(2, 0, 1)}, {{0, 0, 0}, {0.5, 0, 0}, {2, 0, 1}}},
@@ -66,10 +65,9 @@ TEST(GeomReduce, WorkedCasesAndQuirks) {
         {{p(0, 0), p(0.1, 0), p(1, 0, 1), p(0.15, 0), p(3, 0, 1)},
          {{0, 0, 0}, {1, 0, 1}, {3, 0, 1}}},
         // A short two-point line goes after an end (here a dot's) and at the
-        // end of the array...
+        // end of the array, but stays at the start; dots survive however close.
         {{p(0, 0, 1), p(5, 0), p(5.2, 0, 1), p(20, 0), p(25, 0, 1), p(30, 0), p(30.2, 0, 1)},
          {{0, 0, 1}, {20, 0, 0}, {25, 0, 1}}},
-        // ...but stays at the start; dots survive however close.
         {{p(10, 0), p(10.2, 0, 1), p(0, 0), p(2, 0, 1), p(2.1, 0, 1), p(5, 0), p(6, 0, 1)},
          {{10, 0, 0}, {10.2, 0, 1}, {0, 0, 0}, {2, 0, 1}, {2.1, 0, 1}, {5, 0, 0}, {6, 0, 1}}},
     };
@@ -77,13 +75,19 @@ TEST(GeomReduce, WorkedCasesAndQuirks) {
         EXPECT_EQ(reduce(vexo_geom_reduce, c.in, 0.5), c.out);
         EXPECT_EQ(reduce(vexo_geom_reduce_2d, c.in, 0.5), c.out);
     }
-    const std::vector<GeomPoint> above = {point(0, 0, 0), point(0, 0, 1), point(1, 0, 0, 1)};
-    EXPECT_EQ(reduce(vexo_geom_reduce, above, 0.5).size(), 3u); // z counts only in 3D
-    EXPECT_EQ(reduce(vexo_geom_reduce_2d, above, 0.5).size(), 2u);
+    for (Reducer r : {vexo_geom_reduce, vexo_geom_reduce_2d, vexo_geom_reduce_by_angle,
+                      vexo_geom_reduce_by_angle_2d}) {
+        uint32_t count = 5;
+        EXPECT_TRUE(r(nullptr, &count, 1.0) == nullptr && count == 5);
+        GeomPoint two[2] = {p(0, 0, 2), p(9, 9, 1)};
+        EXPECT_EQ(r(two, nullptr, 1.0), two);
+        count = 2; // a point the caller marked processed is compacted away
+        EXPECT_TRUE(r(two, &count, 1.0) == two && count == 1 && two[0].x == 9.0);
+    }
 }
 
-// The library runs the steps as one pipeline; on large random arrays (dense
-// ends, caller-marked points) it must give the plain passes' bytes.
+// The library runs the steps as one pipeline; on large random arrays (dense ends, caller-
+// marked points, z counted in 3D only) it must give the plain passes' bytes.
 TEST(GeomReduce, MatchesTheStepByStepReductionOnLargeArrays) {
     std::mt19937 rng(11);
     std::uniform_real_distribution<double> step(-0.7, 0.7);
@@ -96,8 +100,7 @@ TEST(GeomReduce, MatchesTheStepByStepReductionOnLargeArrays) {
             y += step(rng);
             const uint32_t flags = (rng() % (2 + round) == 0 ? 1u : 0u) |
                                    (rng() % 9 == 0 ? 4u : 0u) | (rng() % 50 == 0 ? 2u : 0u);
-            pts[i] = point(x, y, step(rng) * 0.1, flags);
-            pts[i].reserved = i;
+            pts[i] = {x, y, step(rng) * 0.1, flags, i};
         }
         std::vector<GeomPoint> expected = pts;
         const uint32_t expected_count = reduce_step_by_step(expected.data(), n, 0.45, round % 2);
@@ -108,19 +111,7 @@ TEST(GeomReduce, MatchesTheStepByStepReductionOnLargeArrays) {
     }
 }
 
-TEST(GeomReduce, MissingAndTinyArrays) {
-    for (Reducer r : {vexo_geom_reduce, vexo_geom_reduce_2d, vexo_geom_reduce_by_angle,
-                      vexo_geom_reduce_by_angle_2d}) {
-        uint32_t count = 5;
-        EXPECT_TRUE(r(nullptr, &count, 1.0) == nullptr && count == 5);
-        GeomPoint two[2] = {p(0, 0, 2), p(9, 9, 1)};
-        EXPECT_EQ(r(two, nullptr, 1.0), two);
-        count = 2; // a point the caller marked processed is compacted away
-        EXPECT_TRUE(r(two, &count, 1.0) == two && count == 1 && two[0].x == 9.0);
-    }
-}
-
-TEST(GeomReduceByAngle, BendsCollinearAndDegenerateLegs) {
+TEST(GeomReduceByAngle, BendsDegenerateLegsAndAnchorWalk) {
     const double pi_f = kPiF, right = std::acos(0.0) * 0.5 / pi_f * 360.0;
     auto bend = [](double degrees) {
         const double rad = degrees * std::acos(-1.0) / 180.0;
@@ -133,11 +124,10 @@ TEST(GeomReduceByAngle, BendsCollinearAndDegenerateLegs) {
                                  tiny_x = {p(0, 0), p(5e-8, 1), p(0, 2, 1)};
     const Reducer deg = vexo_geom_reduce_by_angle, rad = vexo_geom_reduce_by_angle_2d;
     const struct { Reducer r; std::vector<GeomPoint> in; double limit; size_t kept; } cases[] = {
-        {deg, bend(1), 5.0, 2},   {rad, bend(1), 0.0873, 2}, {rad, bend(1), 0.01, 3},
-        {deg, bend(1), 0.0873, 3}, // degrees in 3D, radians in 2D
-        {deg, bend(90), right, 3}, {deg, bend(90), 90.0, 2}, // acos(0) in float-pi degrees
-        {deg, line, 90.0, 3},      {rad, line, 1.5, 3},      // collinear: angle 0 is kept
-        {deg, {point(0, 0, 0), point(0, 0, 1), point(0, 0, 2, 1)}, 90, 3},
+        {rad, bend(1), 0.0873, 2}, {deg, bend(1), 0.0873, 3}, // radians in 2D, degrees in 3D
+        {deg, bend(90), right, 3}, {deg, bend(90), 90.0, 2},  // acos(0) in float-pi degrees
+        {deg, line, 90.0, 3},      {rad, line, 1.5, 3},       // collinear: angle 0 is kept
+        {deg, {point(0, 0, 0), point(1, 0, 0), point(2, 0, 1, 1)}, 46, 2}, // 45 degrees in z
         {deg, back, 180.0, 2},     {rad, back, pi_f, 3}, // 2D: a reversal is pi_f exactly
         {rad, back, std::nextafter(pi_f, 4.0), 2},
         {deg, twice, 179.0, 3},    {rad, twice, 1.6, 2}, // a repeated point: NaN; pi/2 in 2D
@@ -146,9 +136,7 @@ TEST(GeomReduceByAngle, BendsCollinearAndDegenerateLegs) {
     };
     for (size_t i = 0; i < sizeof cases / sizeof cases[0]; ++i)
         EXPECT_EQ(reduce(cases[i].r, cases[i].in, cases[i].limit).size(), cases[i].kept) << i;
-}
 
-TEST(GeomReduceByAngle, AnchorWalk) {
     // Turns of 4, 3.4 and 12.9 degrees after a long first leg: the first
     // middle goes; the anchor stays, so the next turn counts from the origin
     // (7 degrees) and that point is kept.
@@ -170,27 +158,23 @@ TEST(GeomReduceByAngle, AnchorWalk) {
                                  {5, 5.01, 1}}));
 }
 
-TEST(GeomSmooth, StrictThresholdOnBothNeighboursAndZ) {
-    // The middle of (x0, 0), (1, 1, 5), (x2, 0) moves to the mean when both
-    // neighbours are closer than max_dist, in 3D with z (sqrt 27 from the
-    // origin); z itself never moves.
+TEST(GeomSmooth, ThresholdsPassOrderEndsAndDots) {
+    // The middle of (x0, 0), (1, 1, 5), (x2, 0) moves to the mean only when both neighbours
+    // are closer than max_dist, in 3D with z (sqrt 27 from the origin); z never moves.
     using Smoother = GeomPoint *(*)(GeomPoint *, uint32_t, double, uint32_t *);
     const Smoother s2 = vexo_geom_smoothen_2d, s3 = vexo_geom_smoothen;
-    const double r2 = std::sqrt(2.0), r2_up = std::nextafter(r2, 2.0), r27 = std::sqrt(27.0);
+    const double r2 = std::sqrt(2.0), r27 = std::sqrt(27.0);
     const struct { Smoother f; double x0, x2, max_dist; bool moved; } cases[] = {
-        {s2, 0, 2, 1.4, false}, {s2, 0, 2, r2, false}, {s2, 0, 2, r2_up, true},
-        {s2, 0, 1, r2, false},  {s2, 1, 2, r2, false}, {s2, 1, 1, r2, true},
-        {s3, 0, 2, 2.0, false}, {s3, 0, 2, r27, false}, {s3, 0, 2, std::nextafter(r27, 6.0), true}};
+        {s2, 0, 2, r2, false}, {s2, 0, 2, std::nextafter(r2, 2.0), true}, {s2, 0, 1, r2, false},
+        {s2, 1, 2, r2, false}, {s2, 1, 1, r2, true},  {s3, 0, 2, r27, false},
+        {s3, 0, 2, std::nextafter(r27, 6.0), true}};
     for (const auto &c : cases) {
         GeomPoint pts[3] = {point(c.x0, 0), point(1, 1, 5), point(c.x2, 0)};
-        uint32_t status = 0;
+        uint32_t status = 7;
         EXPECT_TRUE(c.f(pts, 3, c.max_dist, &status) == pts && status == VEXO_OK);
         const Xyz mean = {(1 + c.x0 + c.x2) / 3.0, 1 / 3.0, 5};
         EXPECT_EQ(xyz(pts[1]), c.moved ? mean : (Xyz{1, 1, 5})) << &c - cases;
     }
-}
-
-TEST(GeomSmooth, ForwardPassOrderEndsAndDots) {
     // The pass sees the point it just smoothed; each sum runs p1 + p0 + p2.
     GeomPoint zig[4] = {point(0, 0), point(1, 3), point(2, 0), point(3, 3)};
     vexo_geom_smoothen_2d(zig, 4, 10.0, nullptr);
@@ -205,14 +189,12 @@ TEST(GeomSmooth, ForwardPassOrderEndsAndDots) {
                                   point(5, 3, 6),    point(6, 2, 7),    point(7, 3, 8, 5)};
     const std::vector<GeomPoint> before = pts;
     vexo_geom_smoothen_2d(pts.data(), static_cast<uint32_t>(pts.size()), 10.0, nullptr);
-    for (size_t i = 0; i < pts.size(); ++i) {
-        EXPECT_EQ(pts[i].y == before[i].y, i != 1 && i != 6) << i;
-        EXPECT_TRUE(pts[i].z == before[i].z && pts[i].flags == before[i].flags) << i;
-    }
-    // Too short, missing (status still written), NaN: nothing moves.
-    uint32_t status = 0;
+    for (size_t i = 0; i < pts.size(); ++i)
+        EXPECT_TRUE((pts[i].y == before[i].y) == (i != 1 && i != 6) && pts[i].z == before[i].z &&
+                    pts[i].flags == before[i].flags) << i;
+    // Missing (status still written) or NaN: nothing moves.
+    uint32_t status = 7;
     EXPECT_TRUE(vexo_geom_smoothen_2d(nullptr, 50, 10.0, &status) == nullptr && status == VEXO_OK);
-    EXPECT_EQ(vexo_geom_smoothen(zig, 2, 10.0, &status), zig);
     vexo_geom_smoothen(order, 3, NAN, nullptr);
     EXPECT_EQ(order[1].x, (0.7 + 0.1 + 0.3) / 3.0);
 }
