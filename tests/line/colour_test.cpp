@@ -1,5 +1,4 @@
-// Colour pipeline: the public call against the per-byte formula written out
-// literally, and the once-only gamma curve.
+// Colour pipeline: the call against the per-byte formula, and the once-only gamma curve.
 #include <gtest/gtest.h>
 
 #include <math.h>
@@ -16,10 +15,10 @@ namespace {
 
 struct Params { int32_t brightness, contrast, offset[3]; };
 const Params kSets[] = {
-    {0, 0, {}},       {10, 0, {}},      {-10, 0, {}},     {0, 50, {}},      {0, -50, {}},
-    {0, -100, {}},    {0, 1000, {}},    {300, 0, {}},     {INT_MAX, 0, {}}, {INT_MIN, 0, {}},
-    {0, INT_MAX, {}}, {0, INT_MIN, {}}, {-7, 33, {100, -100, 1}},  {3, -99, {-128, 127, 0}},
-    {255, -200, {5, -5, 17}},           {0, 0, {INT_MAX, INT_MIN, 0}},
+    {0, 0, {}}, {10, 0, {}}, {-10, 0, {}}, {0, 50, {}}, {0, -50, {}}, {0, -100, {}}, {0, 1000, {}},
+    {300, 0, {}}, {INT_MAX, 0, {}}, {INT_MIN, 0, {}}, {0, INT_MAX, {}}, {0, INT_MIN, {}},
+    {-7, 33, {100, -100, 1}}, {3, -99, {-128, 127, 0}}, {255, -200, {5, -5, 17}},
+    {0, 0, {INT_MAX, INT_MIN, 0}},
     {1 << 24, 0, {-(1 << 24), -(1 << 24), -(1 << 24)}}}; // brightness, then offset, in f32
 
 // g from the gamma percentage (quotient in double rounded to f32, the rest
@@ -47,28 +46,25 @@ std::vector<uint8_t> reference_image(const std::vector<float> &table,
     return out;
 }
 
-// Every byte value in every channel, then a random tail: 285 pixels, not a
-// multiple of the eight-pixel blocks.
+// Every byte value in every channel, then a random tail: 285 pixels, not whole blocks of 8.
 std::vector<uint8_t> sweep_image() {
     std::vector<uint8_t> img;
     std::mt19937 rng(7);
-    for (int v = 0; v < 285; ++v) {
-        const uint8_t first = v < 256 ? (uint8_t)v : (uint8_t)rng();
-        img.insert(img.end(), {first, (uint8_t)(255 - v), (uint8_t)(v * 7)});
-    }
+    for (int v = 0; v < 285; ++v)
+        img.insert(img.end(), {uint8_t(v < 256 ? v : rng()), uint8_t(255 - v), uint8_t(v * 7)});
     return img;
 }
 
 uint32_t run(uint8_t *dst, const std::vector<uint8_t> &src, const Params &p, int32_t gamma,
-             uint32_t width = 285) {
+             uint32_t width = 285) { // as width x (285 / width) pixels
     return vexo_gfx_process_colours(dst, src.data(), width, 285 / width, p.brightness,
                                     p.contrast, gamma, p.offset[0], p.offset[1], p.offset[2]);
 }
 
 // Runs in a fresh process, after an optional call without buffers of
 // prior x prior pixels with gamma 100.  The first call that is not refused
-// fixes the curve; every call, in place and at widths 1 and 3 (remainder
-// loop only) too, must give the formula's bytes on it.  Exit code 0 if so.
+// fixes the curve; every call, in place and as 3 x 95 pixels too, must give
+// the formula's bytes on it.  Exit code 0 if so.
 int check_first_curve(int prior, int32_t first, int32_t later) {
     if (prior >= 0)
         vexo_gfx_process_colours(nullptr, nullptr, prior, prior, 0, 0, 100, 0, 0, 0);
@@ -76,11 +72,10 @@ int check_first_curve(int prior, int32_t first, int32_t later) {
     const std::vector<uint8_t> src = sweep_image();
     for (const Params &p : kSets) {
         const std::vector<uint8_t> expected = reference_image(table, src, p);
-        std::vector<uint8_t> dst(src.size()), same = src, narrow(src.size()), narrower = narrow;
+        std::vector<uint8_t> dst(src.size()), same = src, narrow(src.size());
         if (run(dst.data(), src, p, &p == kSets ? first : later) != VEXO_OK || dst != expected ||
             run(same.data(), same, p, later) != VEXO_OK || same != expected ||
-            run(narrow.data(), src, p, later, 3) != VEXO_OK || narrow != expected ||
-            run(narrower.data(), src, p, later, 1) != VEXO_OK || narrower != expected)
+            run(narrow.data(), src, p, later, 3) != VEXO_OK || narrow != expected)
             return 1 + static_cast<int>(&p - kSets);
     }
     return 0;
@@ -88,9 +83,9 @@ int check_first_curve(int prior, int32_t first, int32_t later) {
 
 } // namespace
 
-// Each case re-executes the test binary so the once-only curve starts unset;
-// together they prove the call bit-identical to the per-byte formula under
-// several curves.  An empty image fixes the curve, a refused call does not.
+// Each case re-executes the test binary so the once-only curve starts unset; together they
+// prove the call bit-identical to the formula under several curves.  An empty image fixes
+// the curve, a refused call does not.
 TEST(ColourPipelineFreshProcess, FirstGammaStaysForTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const int cases[][3] = {{-1, 0, 100},          {-1, -100, 0}, {-1, 100, -100}, {-1, -33, 42},
@@ -118,8 +113,8 @@ TEST(ColourPipeline, ExamplesOnAnyCurveAndBadArguments) {
     for (int v = 0; v < 256; ++v)
         ASSERT_EQ(linear[3 * v], (v + 1) * 255 / 256) << v;
 
-    // NULL buffers with pixels, or a byte size beyond size_t: 16, nothing
-    // touched; an empty image needs no buffers.
+    // NULL buffers with pixels, or a byte size beyond size_t: 16, nothing touched; an empty
+    // image needs no buffers.
     uint8_t pixel[3] = {1, 2, 3};
     EXPECT_EQ(vexo_gfx_process_colours(nullptr, pixel, 1, 1, 0, 0, 0, 0, 0, 0), 16u);
     EXPECT_EQ(vexo_gfx_process_colours(pixel, nullptr, 1, 1, 0, 0, 0, 0, 0, 0), 16u);
