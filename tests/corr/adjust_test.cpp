@@ -1,5 +1,5 @@
 // Interpolation of a measured grid onto the table, field scaling, focus
-// compensation, local adjustment and trapezoid correction on known tables.
+// compensation, trapezoid correction and local adjustment on known tables.
 #include "fixtures.hpp"
 
 using namespace vexo_test;
@@ -18,13 +18,14 @@ CorrTable flagged_table() {
     return t;
 }
 
+bool near(double a, double b) { return std::fabs(a - b) <= 4e-15 * std::fabs(b); }
+
 } // namespace
 
 TEST(CorrInterpolate, HandSolvedGridsAndRefusedSizes) {
-    CorrTable t;
-    for (GeomPoint &cell : t.cell)
-        cell = point(777, 777, 777, 0xABCDu);
-    const CorrTable filled = t;
+    CorrTable t, filled;
+    std::memset(&filled, 0x7F, sizeof filled);
+    t = filled;
     // n * n of 0, or n * n * 32 bytes beyond any address space (at 2^30 the
     // byte count wraps to 0): refused before a grid cell is read.
     const GeomPoint measured1 = point(10, -5), nominal1 = point(20, 5);
@@ -34,37 +35,32 @@ TEST(CorrInterpolate, HandSolvedGridsAndRefusedSizes) {
     ASSERT_TRUE(same(t, filled));
     // One node fills the table with its pre-distorted (30, 15), z and flags cleared.
     ASSERT_EQ(vexo_corr_interpolate(1, &measured1, &nominal1, 100, &t), VEXO_OK);
-    for (const GeomPoint &cell : t.cell) {
-        ASSERT_DOUBLE_EQ(cell.x, 30 * kScale100);
-        ASSERT_DOUBLE_EQ(cell.y, 15 * kScale100);
-        ASSERT_TRUE(cell.z == 0 && cell.flags == 0);
-    }
+    for (const GeomPoint &c : t.cell)
+        ASSERT_TRUE(xyz(c) == (Xyz{30 * kScale100, 15 * kScale100, 0}) && !c.flags);
     // Identical 3 x 3 grids on -40, 0, 40 (first index along X) give the
     // linear field, sampled at p * 2/65 so the far edge stops short of +40.
     std::vector<GeomPoint> grid;
     for (int k = 0; k < 9; ++k)
         grid.push_back(point(k / 3 * 40.0 - 40, k % 3 * 40.0 - 40));
     ASSERT_EQ(vexo_corr_interpolate(3, grid.data(), grid.data(), 100, &t), VEXO_OK);
-    for (int k = 0; k < 4225; ++k) {
-        ASSERT_NEAR(t.cell[k].x, (k % 65 * 2.0 / 65 * 40 - 40) * kScale100, 1e-8);
-        ASSERT_NEAR(t.cell[k].y, (k / 65 * 2.0 / 65 * 40 - 40) * kScale100, 1e-8);
-    }
+    auto line = [](int p) { return (p * 2.0 / 65 * 40 - 40) * kScale100; };
+    for (int k = 0; k < 4225; ++k)
+        ASSERT_TRUE(near(t.cell[k].x, line(k % 65)) && near(t.cell[k].y, line(k / 65))) << k;
     // 2 x 2, only node (1, 0) off zero: nominal (10, 4), measured (8, 6),
     // pre-distorted (12, 2); the second grid index runs along the rows.
     std::vector<GeomPoint> nominal(4, point(0, 0)), measured(4, point(0, 0));
     nominal[2] = point(10, 4);
     measured[2] = point(8, 6);
     ASSERT_EQ(vexo_corr_interpolate(2, measured.data(), nominal.data(), 100, &t), VEXO_OK);
-    EXPECT_DOUBLE_EQ(at(t, 0, 64).x, f * 12 * kScale100);
-    EXPECT_DOUBLE_EQ(at(t, 0, 64).y, f * 2 * kScale100);
-    EXPECT_DOUBLE_EQ(at(t, 64, 64).x, (1 - f) * f * 12 * kScale100);
-    EXPECT_DOUBLE_EQ(at(t, 32, 32).x, (32.0 / 65) * (1 - 32.0 / 65) * 12 * kScale100);
-    EXPECT_TRUE(at(t, 64, 0).x == 0 && at(t, 0, 0).x == 0);
+    for (int k = 0; k < 4225; ++k) { // cell (r, c) weighs the node by c/65 * (1 - r/65)
+        const double w = k % 65 / 65.0 * (1 - k / 65 / 65.0) * kScale100;
+        ASSERT_TRUE(near(t.cell[k].x, 12 * w) && near(t.cell[k].y, 2 * w)) << k;
+    }
     // Node (1, 1) pre-distorted to 80 > range / 2, in x and then in -y: the
     // scale becomes 32767.75 / 80, and a negative error counts by its size.
     for (int axis : {0, 1}) {
         nominal.assign(4, point(0, 0));
-        measured.assign(4, point(0, 0));
+        measured = nominal;
         nominal[3] = axis ? point(0, -60) : point(60, 0);
         measured[3] = axis ? point(0, -40) : point(40, 0);
         ASSERT_EQ(vexo_corr_interpolate(2, measured.data(), nominal.data(), 100, &t), VEXO_OK);
@@ -72,14 +68,13 @@ TEST(CorrInterpolate, HandSolvedGridsAndRefusedSizes) {
     }
 }
 
-TEST(CorrSetScaleFocal, WorkedValuesAndRefusals) {
+TEST(CorrScaleFocusSpatial, WorkedValuesAndRefusals) {
     const CorrTable before = flagged_table();
     CorrTable t = before, u = before, twice = before;
     // Scale 0.5: radius 32767.5 * 0.5 is the fixed rim, twice that goes to 0.
     ASSERT_EQ(vexo_corr_set_scale(&t, 0.5), VEXO_OK);
-    EXPECT_TRUE(at(t, 32, 32).x == 0 && at(t, 32, 32).y == 0 && at(t, 32, 0).x == 0);
-    EXPECT_TRUE(at(t, 32, 16).x == -16383.75 && at(t, 32, 16).y == 0);
-    EXPECT_EQ(at(t, 16, 32).y, -16383.75);
+    EXPECT_TRUE(at(t, 32, 0).x == 0 && at(t, 32, 16).x == -16383.75 && at(t, 32, 16).y == 0);
+    EXPECT_TRUE(at(t, 16, 32).y == -16383.75 && at(t, 16, 32).x == 0);
     EXPECT_TRUE(at(t, 7, 9).flags == at(before, 7, 9).flags && at(t, 7, 9).z == 0);
     ASSERT_EQ(vexo_corr_set_scale(&u, 2), VEXO_OK); // x' = -8191.875, d = 0.25, k = 1.25
     EXPECT_TRUE(at(u, 32, 16).x == -10239.84375 && at(u, 16, 32).y == -10239.84375);
@@ -105,10 +100,34 @@ TEST(CorrSetScaleFocal, WorkedValuesAndRefusals) {
         EXPECT_EQ(vexo_corr_set_scale(&t, scale), VEXO_ERROR_INVALID_PARAMETER);
     EXPECT_EQ(vexo_corr_set_focal(&t, 160, 0, 110), VEXO_ERROR_INVALID_PARAMETER);
     EXPECT_TRUE(same(t, u));
+
+    // Sides 0 and 3 scale x row by row, sides 1 and 2 y column by column.
+    const struct { uint8_t side; double factor; int line; double multiplier; } cases[] = {
+        {0, 2, 0, 1},    {0, 2, 64, 2},    {0, 2, 32, 1.5},   {3, 3, 16, 2.5},   {3, 3, 0, 3},
+        {3, 3, 64, 1},   {1, 0.5, 0, 0.5}, {1, 0.5, 64, 1},   {1, 0.5, 32, 0.75},
+        {2, 0.5, 0, 1},  {2, 0.5, 64, 0.5}, {2, 0.5, 16, 0.875}};
+    for (const auto &c : cases) {
+        t = before;
+        ASSERT_EQ(vexo_corr_set_spatial(&t, c.side, c.factor), VEXO_OK);
+        const bool rows = c.side == 0 || c.side == 3;
+        for (int i = 0; i < 65; ++i) {
+            const GeomPoint &got = rows ? at(t, c.line, i) : at(t, i, c.line);
+            const GeomPoint &was = rows ? at(before, c.line, i) : at(before, i, c.line);
+            ASSERT_EQ(rows ? got.x : got.y, c.multiplier * (rows ? was.x : was.y)) << int(c.side);
+            ASSERT_EQ(rows ? got.y : got.x, rows ? was.y : was.x);
+        }
+    }
+    for (uint8_t side : {0, 1, 2, 3, 4, 255}) { // factor 1 changes nothing; side 4 on is refused
+        t = before;
+        EXPECT_EQ(vexo_corr_set_spatial(&t, side, side < 4 ? 1 : 2),
+                  side < 4 ? VEXO_OK : VEXO_ERROR_INVALID_PARAMETER);
+        EXPECT_TRUE(same(t, before)) << int(side);
+    }
 }
 
-TEST(CorrAdjustSingle, NoErrorOrModeBitsMoveNothingBothBitsMoveEachNode) {
+TEST(CorrAdjustSingle, BothBitsMoveEachNodeOneBitCrossesLinesInVisitingOrder) {
     const CorrTable before = flagged_table();
+    auto weight = [](double rho, double R) { return rho < R ? (R - rho) / R * 0.95 : 0.0; };
     // No error at a node gives a radius of 0, which reaches no node, not even
     // that one; only the two low mode bits count, and without them nothing moves.
     const double node[2] = {kPitch, -2 * kPitch}, from0[2] = {0, 0}, to0[2] = {100, 100};
@@ -130,22 +149,17 @@ TEST(CorrAdjustSingle, NoErrorOrModeBitsMoveNothingBothBitsMoveEachNode) {
     t = before;
     ASSERT_EQ(vexo_corr_adjust_single(&t, from2, to2, 6, 3 | 8), VEXO_OK);
     for (int k = 0; k < 4225; ++k) {
-        const double rho = std::hypot(before.cell[k].x - 500, before.cell[k].y - 100);
-        const double a = rho < radius ? (radius - rho) / radius * 0.95 : 0;
+        const double a = weight(std::hypot(before.cell[k].x - 500, before.cell[k].y - 100), radius);
         ASSERT_NEAR(t.cell[k].x, before.cell[k].x - 200 * a, 1e-9);
         ASSERT_NEAR(t.cell[k].y, before.cell[k].y - 300 * a, 1e-9);
     }
-}
-
-TEST(CorrAdjustSingle, LineModesCrossRowsAndColumnsInVisitingOrder) {
-    const CorrTable before = flagged_table();
     // An error at node (row 10, column 20), in reach of that node only:
     // mode 1 moves y along row 20, mode 2 moves x along column 10.
-    const double tx = 20 * kPitch - 32767.5, ty = 10 * kPitch - 32767.5, to[2] = {tx, ty};
+    const double tx = 20 * kPitch - 32767.5, ty = 10 * kPitch - 32767.5, to20[2] = {tx, ty};
     for (int mode : {1, 2}) {
-        const double from[2] = {mode == 2 ? tx - 100 : tx, mode == 1 ? ty - 100 : ty};
-        CorrTable t = before;
-        ASSERT_EQ(vexo_corr_adjust_single(&t, from, to, 1, mode), VEXO_OK);
+        const double from20[2] = {mode == 2 ? tx - 100 : tx, mode == 1 ? ty - 100 : ty};
+        t = before;
+        ASSERT_EQ(vexo_corr_adjust_single(&t, from20, to20, 1, mode), VEXO_OK);
         for (int k = 0; k < 4225; ++k) {
             const double shift = (mode == 1 ? k / 65 == 20 : k % 65 == 10) ? 100 * 0.95 : 0;
             ASSERT_EQ(t.cell[k].y, before.cell[k].y - (mode == 1 ? shift : 0)) << k;
@@ -157,42 +171,15 @@ TEST(CorrAdjustSingle, LineModesCrossRowsAndColumnsInVisitingOrder) {
     // each is judged where the earlier moves left it.
     const double p = kPitch, R = 1280, dy = 800, t5 = 5 * p - 32767.5;
     const double to5[2] = {t5, t5}, from5[2] = {t5, t5 - dy};
-    auto weight = [&](double rho) { return rho < R ? (R - rho) / R * 0.95 : 0.0; };
-    const double a1 = weight(p);           // (5, 4) moves row 4, which holds (4, 5)
-    const double a2 = weight(p + dy * a1); // (4, 5), now farther, moves row 5
-    const double a3 = weight(dy * a2);     // (5, 5)
-    const double s5 = dy * (a2 + a3 + weight(p)); // and (6, 5): row 5 moved three times,
-    ASSERT_EQ(weight(std::hypot(p, s5)), 0.0);    // which takes (5, 6) out of reach
-    CorrTable t = before;
+    const double a1 = weight(p, R);              // (5, 4) moves row 4, which holds (4, 5)
+    const double a2 = weight(p + dy * a1, R);    // (4, 5), now farther, moves row 5
+    const double a3 = weight(dy * a2, R);        // (5, 5)
+    const double s5 = dy * (a2 + a3 + weight(p, R)); // and (6, 5): row 5 moved three times,
+    ASSERT_EQ(weight(std::hypot(p, s5), R), 0.0);    // which takes (5, 6) out of reach
+    t = before;
     ASSERT_EQ(vexo_corr_adjust_single(&t, from5, to5, 1.6, 1), VEXO_OK);
     EXPECT_NEAR(at(t, 4, 40).y, at(before, 4, 40).y - dy * a1, 1e-9);
     EXPECT_NEAR(at(t, 5, 40).y, at(before, 5, 40).y - s5, 1e-9);
     for (int r : {0, 3, 6, 7, 64})
         EXPECT_EQ(at(t, r, 40).y, at(before, r, 40).y);
-}
-
-TEST(CorrSetSpatial, EachSideBlendsFromOneToItsFactor) {
-    const CorrTable before = flagged_table();
-    // Sides 0 and 3 scale x row by row, sides 1 and 2 y column by column.
-    const struct { uint8_t side; double factor; int line; double multiplier; } cases[] = {
-        {0, 2, 0, 1},    {0, 2, 64, 2},    {0, 2, 32, 1.5},   {3, 3, 16, 2.5},   {3, 3, 0, 3},
-        {3, 3, 64, 1},   {1, 0.5, 0, 0.5}, {1, 0.5, 64, 1},   {1, 0.5, 32, 0.75},
-        {2, 0.5, 0, 1},  {2, 0.5, 64, 0.5}, {2, 0.5, 16, 0.875}};
-    for (const auto &c : cases) {
-        CorrTable t = before;
-        ASSERT_EQ(vexo_corr_set_spatial(&t, c.side, c.factor), VEXO_OK);
-        const bool rows = c.side == 0 || c.side == 3;
-        for (int i = 0; i < 65; ++i) {
-            const GeomPoint &got = rows ? at(t, c.line, i) : at(t, i, c.line);
-            const GeomPoint &was = rows ? at(before, c.line, i) : at(before, i, c.line);
-            ASSERT_EQ(rows ? got.x : got.y, c.multiplier * (rows ? was.x : was.y)) << int(c.side);
-            ASSERT_EQ(rows ? got.y : got.x, rows ? was.y : was.x);
-        }
-    }
-    for (uint8_t side : {0, 1, 2, 3, 4, 255}) { // factor 1 changes nothing; side 4 on is refused
-        CorrTable t = before;
-        EXPECT_EQ(vexo_corr_set_spatial(&t, side, side < 4 ? 1 : 2),
-                  side < 4 ? VEXO_OK : VEXO_ERROR_INVALID_PARAMETER);
-        EXPECT_TRUE(same(t, before)) << int(side);
-    }
 }

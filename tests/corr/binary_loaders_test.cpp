@@ -35,10 +35,8 @@ ByteVec grid(ByteVec b, int n, std::vector<int> axes, Layout layout, int bytes, 
     return b;
 }
 
-ByteVec padded(const std::string &label, size_t size) {
-    ByteVec b(label.begin(), label.end());
-    b.resize(size, 0);
-    return b;
+ByteVec padded(std::string label, size_t size) {
+    return label.resize(size), ByteVec(label.begin(), label.end());
 }
 
 // Stored values, and the cells they must give.
@@ -64,24 +62,14 @@ double crt_cell(int r, int c, int a) { return a > 1 ? 0 : crt_value(r, c, a) * 5
 double cor_factor(int, int, int a) { return 2 - 2.5 * a; }
 double cor_delta(int r, int c, int a) { return a ? 2.0 * r - 0.25 : 0.5 * c - 3; }
 double cor_int_delta(int r, int c, int a) { return a ? 7 - 5 * r : 3 * c - 100; }
-double cor21_cell(int r, int c, int a) {
-    return a > 1 ? 0 : neutral(a ? r : c) - cor_int_delta(r, c, a);
-}
 double fcr_delta(int fr, int fc, int a) { return a ? (5 * fc - fr) % 150 : (3 * fr + fc) % 7; }
 // Fine line i reaches node (i + 1) / 2: node n sums lines 2n - 1 and 2n.
 double fcr_cell(int r, int c, int axis) {
-    if (axis > 1)
-        return 0;
-    double sum = neutral(axis ? r : c);
-    for (int fr = std::max(2 * r - 1, 0); fr <= std::min(2 * r, 127); ++fr)
+    double sum = axis > 1 ? 0 : neutral(axis ? r : c);
+    for (int fr = std::max(2 * r - 1, 0); axis < 2 && fr <= std::min(2 * r, 127); ++fr)
         for (int fc = std::max(2 * c - 1, 0); fc <= std::min(2 * c, 127); ++fc)
             sum += fcr_delta(fr, fc, axis);
     return sum;
-}
-
-uint32_t parse_kxo(vexo::ByteSpan file, CorrTable &t) {
-    CorrHead h;
-    return vexo::parse_kxo(file, t, h);
 }
 
 } // namespace
@@ -89,9 +77,9 @@ uint32_t parse_kxo(vexo::ByteSpan file, CorrTable &t) {
 TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
     const uint8_t head[12] = {0, 7, 0x12, 0x34, 0x99, 0xAA, 0xBB, 0xCC, 0x80, 0, 0, 1};
     const ByteVec two_planes = grid({}, 65, {1, 0}, kCols, 2, word);
-    auto cor = [](double sx, double sy) {
+    auto cor = [](double sx, double sy, double (*delta)(int, int, int) = cor_delta) {
         return [=](int r, int c, int a) {
-            return a > 1 ? 0 : neutral(a ? r : c) - cor_delta(r, c, a) * (a ? sy : sx);
+            return a > 1 ? 0 : neutral(a ? r : c) - delta(r, c, a) * (a ? sy : sx);
         };
     };
     auto factors = [](std::string label, size_t at, std::vector<int> axes) { // f64 2, -0.5
@@ -114,8 +102,9 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
         {"ct5", vexo::parse_ct5, grid(padded("CT5", 64), 257, {1, 0}, kCols, 4, ct5_word), 100,
          ct5_cell},
         {"gcd", vexo::parse_gcd, grid({}, 65, {2, 0, 1}, kCells, 2, gcd_offset), 100, gcd_cell},
-        {"kxo", parse_kxo, grid({head, head + 12}, 65, {0, 1, 2}, kCols, 4, kxo_stored, kBig), 100,
-         kxo_cell, [](const CorrTable &t, uint8_t *b) { vexo::encode_kxo(t, {}, b); }, 12},
+        {"kxo", [](auto file, CorrTable &t) { CorrHead h; return vexo::parse_kxo(file, t, h); },
+         grid({head, head + 12}, 65, {0, 1, 2}, kCols, 4, kxo_stored, kBig), 100, kxo_cell,
+         [](auto &t, auto *b) { vexo::encode_kxo(t, {}, b); }, 12},
         // The first value of each quadruple is y, the second x.
         {"crt", vexo::parse_crt,
          grid(padded("CRT", 2048), 65, {1, 0, 2, 2}, kCells, 4, crt_value, kReal), 100, crt_cell},
@@ -127,7 +116,7 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
         // The f64 galvo scale is not applied; the 4-byte zero trailer is optional.
         {"cor JCZ_COR_2_1", vexo::parse_cor,
          grid(factors("JCZ_COR_2_1", 28, {0}), 65, {0, 1}, kCells, 4, cor_int_delta), 4,
-         cor21_cell, [](const CorrTable &t, uint8_t *b) { vexo::encode_cor21(t, 2, b); }},
+         cor(1, 1, cor_int_delta), [](auto &t, auto *b) { vexo::encode_cor21(t, 2, b); }},
         // Only the last 65,536 bytes count.
         {"fcr", vexo::parse_fcr, grid({}, 128, {0, 1}, kRows, 2, fcr_delta), -777, fcr_cell},
     };

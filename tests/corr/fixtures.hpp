@@ -30,9 +30,8 @@ inline std::string scratch_path(const std::string &name) {
 
 // Writes a scratch file holding `bytes` and returns its path.
 inline std::string scratch_file(const std::string &name, const std::string &bytes) {
-    const std::string path = scratch_path(name);
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path;
+    std::ofstream(scratch_path(name), std::ios::binary) << bytes;
+    return scratch_path(name);
 }
 
 // Neutral value of grid line 0..64, computed apart from the library.
@@ -46,8 +45,7 @@ inline CorrTable neutral_table() {
     return t;
 }
 
-inline bool same(const CorrTable &a, const CorrTable &b) { return !std::memcmp(&a, &b, sizeof a); }
-inline GeomPoint &at(CorrTable &t, int r, int c) { return t.cell[r * 65 + c]; }
-inline const GeomPoint &at(const CorrTable &t, int r, int c) { return t.cell[r * 65 + c]; }
+inline bool same(const CorrTable &a, const CorrTable &b) { return same_bytes(a, b); }
+template <class Table> auto &at(Table &t, int r, int c) { return t.cell[r * 65 + c]; }
 
 } // namespace vexo_test

@@ -12,19 +12,16 @@ static_assert(offsetof(CorrHead, header_size) == 2 && offsetof(CorrHead, tag) ==
                   offsetof(CorrHead, reserved) == 5 && offsetof(CorrHead, value) == 8,
               "CorrHead is the 12-byte file header");
 
-TEST(CorrNeutral, EveryCellWithFlagsUntouched) {
+TEST(CorrApi, NeutralTableAndNullArgumentsRefused) {
     CorrTable t;
     std::memset(&t, 0xCD, sizeof t);
-    ASSERT_EQ(vexo_corr_set_neutral(&t), VEXO_OK);
+    ASSERT_EQ(vexo_corr_set_neutral(&t), VEXO_OK); // flags untouched
     for (int k = 0; k < 4225; ++k)
         ASSERT_TRUE(xyz(t.cell[k]) == (Xyz{neutral(k % 65), neutral(k / 65), 0}) &&
                     t.cell[k].flags == 0xCDCDCDCDu) << k;
-}
-
-TEST(CorrApi, NullArgumentsAreRefusedAndTouchNothing) {
-    CorrTable t = neutral_table();
+    const CorrTable before = t;
     const CorrHead head{};
-    const GeomPoint node = point(1, 1);
+    const GeomPoint n = point(1, 1);
     const double p[2] = {0, 0};
     CorrTable *const no_table = nullptr;
     const uint32_t statuses[] = {
@@ -33,15 +30,14 @@ TEST(CorrApi, NullArgumentsAreRefusedAndTouchNothing) {
         vexo_corr_save_kxo(nullptr, "x", &head), vexo_corr_save_kxo(&t, nullptr, &head),
         vexo_corr_save_kxo(&t, "x.kxo", nullptr), vexo_corr_save_ctb(nullptr, "x"),
         vexo_corr_save_ctb(&t, nullptr), vexo_corr_save_cor(nullptr, "x", 1),
-        vexo_corr_save_cor(&t, nullptr, 1), vexo_corr_interpolate(1, &node, &node, 100, nullptr),
-        vexo_corr_interpolate(1, nullptr, &node, 100, &t),
-        vexo_corr_interpolate(1, &node, nullptr, 100, &t), vexo_corr_set_scale(nullptr, 1),
-        vexo_corr_set_focal(nullptr, 160, 110, 110), vexo_corr_adjust_single(nullptr, p, p, 1, 3),
-        vexo_corr_adjust_single(&t, nullptr, p, 1, 3),
-        vexo_corr_adjust_single(&t, p, nullptr, 1, 3), vexo_corr_set_spatial(nullptr, 0, 2)};
+        vexo_corr_save_cor(&t, nullptr, 1), vexo_corr_interpolate(1, &n, &n, 1, nullptr),
+        vexo_corr_interpolate(1, nullptr, &n, 1, &t), vexo_corr_set_spatial(nullptr, 0, 2),
+        vexo_corr_set_focal(nullptr, 1, 1, 1), vexo_corr_interpolate(1, &n, nullptr, 1, &t),
+        vexo_corr_adjust_single(nullptr, p, p, 1, 3), vexo_corr_adjust_single(&t, nullptr, p, 1, 3),
+        vexo_corr_adjust_single(&t, p, nullptr, 1, 3), vexo_corr_set_scale(nullptr, 1)};
     for (size_t i = 0; i < std::size(statuses); ++i)
         EXPECT_EQ(statuses[i], VEXO_ERROR_INVALID_PARAMETER) << i;
-    EXPECT_TRUE(same(t, neutral_table()));
+    EXPECT_TRUE(same(t, before));
 }
 
 TEST(CorrDispatch, ExtensionSearchOrder) {
@@ -62,11 +58,8 @@ TEST(CorrDispatch, ExtensionSearchOrder) {
 // the file is then too short.
 TEST(CorrLoadFile, StatusesNeutralStartAndHeader) {
     const CorrTable neutral = neutral_table();
-    const CorrHead head{0, 0, 0x42, {}, 0xCAFEF00D}, zero{};
-    const std::string kxo = scratch_path("head.kxo");
-    ASSERT_EQ(vexo_corr_save_kxo(&neutral, kxo.c_str(), &head), VEXO_OK);
     ByteVec kxo_bytes(vexo::kKxoFileSize);
-    vexo::encode_kxo(neutral, head, kxo_bytes.data());
+    vexo::encode_kxo(neutral, {0, 0, 0x42, {}, 0xCAFEF00D}, kxo_bytes.data());
     kxo_bytes[7] = 0xCC;
     auto cut = [&](long n) {
         return scratch_file("cut" + std::to_string(n) + ".kxo",
@@ -76,21 +69,19 @@ TEST(CorrLoadFile, StatusesNeutralStartAndHeader) {
                       bin = scratch_file("zero.bin", std::string(65536, 0)),
                       txt = scratch_file("size.txt", "SIZE:9"),
                       scor = scratch_file("head.scor", "[LMCorrectData]\n"),
-                      empty_ucf = scratch_file("e.ucf", ""), empty_fcr = scratch_file("e.fcr", ""),
-                      huge = scratch_file("huge.fcr", ""), folder = scratch_path("folder.kxo"),
-                      missing = scratch_path("missing.kxo");
+                      empty = scratch_file("e.ucf", ""), huge = scratch_file("huge.fcr", ""),
+                      folder = scratch_path("folder.kxo"), missing = scratch_path("missing.kxo"),
+                      kxo = cut(long(kxo_bytes.size()));
     std::filesystem::create_directories(folder);
     std::filesystem::resize_file(huge, (uintmax_t{64} << 20) + 1); // sparse; refused unread
     const CorrHead cut12{1, 12, 0x42, {0, 0, 0xCC}, 0xCAFEF00D};
     const struct { std::string path; uint32_t format, status; CorrHead head; } cases[] = {
-        {fcr, 0, VEXO_OK, zero}, {bin, 10, VEXO_OK, zero}, {txt, 0, VEXO_OK, zero},
-        {scor, 0, 25, zero},     {bin, 0, 34, zero},       {missing, 12, 34, zero},
-        {bin, 99, 34, zero},     {bin, 0xFFFFFFFF, 34, zero},
-        {kxo, 3, 21, zero},      {fcr, 3, 21, zero}, // the number decides, not the name
-        {missing, 0, 19, zero},  {missing, 10, 19, zero},  {folder, 0, 19, zero},
-        {folder, 3, 19, zero},   {empty_ucf, 0, 21, zero}, {empty_fcr, 0, 21, zero},
-        {huge, 0, 7, zero},      {cut(0), 0, 21, zero},    {cut(3), 0, 21, {1, 0, 0, {}, 0}},
-        {cut(6), 0, 21, {1, 12, 0x42, {}, 0}}, {cut(12), 0, 21, cut12}, {cut(50711), 0, 21, cut12}};
+        {fcr, 0, VEXO_OK, {}}, {bin, 10, VEXO_OK, {}}, {txt, 0, VEXO_OK, {}}, {scor, 0, 25, {}},
+        {bin, 0, 34, {}}, {missing, 12, 34, {}}, {bin, 0xFFFFFFFF, 34, {}},
+        {kxo, 3, 21, {}}, // the number decides, not the name
+        {missing, 0, 19, {}}, {folder, 0, 19, {}}, {empty, 0, 21, {}}, {huge, 0, 7, {}},
+        {cut(0), 0, 21, {}}, {cut(3), 0, 21, {1, 0, 0, {}, 0}}, {cut(12), 0, 21, cut12},
+        {cut(6), 0, 21, {1, 12, 0x42, {}, 0}}, {cut(50711), 0, 21, cut12}};
     CorrTable t;
     CorrHead h;
     for (const auto &c : cases) {
@@ -103,5 +94,5 @@ TEST(CorrLoadFile, StatusesNeutralStartAndHeader) {
     }
     ASSERT_EQ(vexo_corr_load_corr65(&t, kxo.c_str(), 0), VEXO_OK); // a refused load zeroes it too
     EXPECT_EQ(vexo_corr_load_corr65(&t, nullptr, 0), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_TRUE(vexo_corr_get_corr_head(&h) == VEXO_OK && same_bytes(h, zero));
+    EXPECT_TRUE(vexo_corr_get_corr_head(&h) == VEXO_OK && same_bytes(h, CorrHead{}));
 }
