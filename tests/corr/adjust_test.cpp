@@ -58,9 +58,8 @@ TEST(CorrInterpolate, HandSolvedGridsAndRefusedSizes) {
     }
     // Node (1, 1) pre-distorted to 80 > range / 2, in x and then in -y: the
     // scale becomes 32767.75 / 80, and a negative error counts by its size.
+    nominal[2] = measured[2] = point(0, 0);
     for (int axis : {0, 1}) {
-        nominal.assign(4, point(0, 0));
-        measured = nominal;
         nominal[3] = axis ? point(0, -60) : point(60, 0);
         measured[3] = axis ? point(0, -40) : point(40, 0);
         ASSERT_EQ(vexo_corr_interpolate(2, measured.data(), nominal.data(), 100, &t), VEXO_OK);
