@@ -15,19 +15,17 @@
 namespace vexo_bench {
 
 class RatioReporter : public benchmark::ConsoleReporter {
-  public:
+public:
     // Keeps each run's times by name; with --benchmark_repetitions the
     // median replaces the single runs, which come first.
     void ReportRuns(const std::vector<Run> &runs) override {
         for (const Run &run : runs)
             if (run.run_type == Run::RT_Iteration || run.aggregate_name == "median")
-                times_[run.run_name.str()] = {run.GetAdjustedRealTime(),
-                                              run.GetAdjustedCPUTime()};
+                times_[run.run_name.str()] = {run.GetAdjustedRealTime(), run.GetAdjustedCPUTime()};
         ConsoleReporter::ReportRuns(runs);
     }
     // Prints the ratio of `name` to `baseline`; `goal` is informational.
-    void print_ratio(const std::string &name, const std::string &baseline,
-                     const char *goal) const {
+    void print_ratio(const std::string &name, const std::string &baseline, const char *goal) const {
         auto a = times_.find(name), b = times_.find(baseline);
         if (a == times_.end() || b == times_.end() || b->second.real <= 0 || b->second.cpu <= 0)
             return;
@@ -35,7 +33,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
                     a->second.real / b->second.real, a->second.cpu / b->second.cpu, goal);
     }
 
-  private:
+private:
     struct Times {
         double real, cpu;
     };
@@ -49,8 +47,7 @@ inline int run_with_ratios(int argc, char **argv, const RatioList &ratios, const
     benchmark::Initialize(&argc, argv);
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    for (const auto &r : ratios)
-        reporter.print_ratio(r.first, r.second, goal);
+    for (const auto &r : ratios) reporter.print_ratio(r.first, r.second, goal);
     benchmark::Shutdown();
     return 0;
 }

@@ -110,8 +110,7 @@ int main(int argc, char **argv) {
     benchmark::RegisterBenchmark("union/vexo_3d", union_vexo, 0u)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("union/vexo_2d", union_vexo, VEXO_CLIP_2D)
         ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("outline/clipper", outline_clipper)
-        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("outline/clipper", outline_clipper)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("outline/vexo_3d", outline_vexo, 0u)
         ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("outline/vexo_2d", outline_vexo, VEXO_CLIP_2D)

@@ -25,14 +25,10 @@ struct Sample {
 
 // Sizes of a complete file of each binary format.
 const Sample kSamples[] = {
-    {"ucf", VEXO_CORR_FORMAT_UCF, 4 + 3 * 8450},
-    {"ctb", VEXO_CORR_FORMAT_CTB, 2 * 8450},
-    {"ct5", VEXO_CORR_FORMAT_CT5, 64 + 2 * 264196},
-    {"gcd", VEXO_CORR_FORMAT_GCD, 4225 * 6},
-    {"kxo", VEXO_CORR_FORMAT_KXO, 50712},
-    {"crt", VEXO_CORR_FORMAT_CRT, 2048 + 4225 * 16},
-    {"cor", VEXO_CORR_FORMAT_COR, 56 + 4225 * 16},
-    {"fcr", VEXO_CORR_FORMAT_FCR, 65536},
+    {"ucf", VEXO_CORR_FORMAT_UCF, 4 + 3 * 8450},    {"ctb", VEXO_CORR_FORMAT_CTB, 2 * 8450},
+    {"ct5", VEXO_CORR_FORMAT_CT5, 64 + 2 * 264196}, {"gcd", VEXO_CORR_FORMAT_GCD, 4225 * 6},
+    {"kxo", VEXO_CORR_FORMAT_KXO, 50712},           {"crt", VEXO_CORR_FORMAT_CRT, 2048 + 4225 * 16},
+    {"cor", VEXO_CORR_FORMAT_COR, 56 + 4225 * 16},  {"fcr", VEXO_CORR_FORMAT_FCR, 65536},
 };
 
 std::string sample_path(const char *name) {
@@ -51,8 +47,7 @@ void write_samples() {
         } else {
             for (size_t i = 0; i < bytes.size(); ++i)
                 bytes[i] = uint8_t(i % 8 == 7 ? 0x3F : i * 13);
-            if (s.format == VEXO_CORR_FORMAT_COR)
-                std::copy_n("JCZ_COR_3", 9, bytes.begin());
+            if (s.format == VEXO_CORR_FORMAT_COR) std::copy_n("JCZ_COR_3", 9, bytes.begin());
         }
         std::FILE *f = std::fopen(sample_path(s.name).c_str(), "wb");
         std::fwrite(bytes.data(), 1, bytes.size(), f);
@@ -61,8 +56,7 @@ void write_samples() {
 }
 
 void remove_samples() {
-    for (const Sample &s : kSamples)
-        std::remove(sample_path(s.name).c_str());
+    for (const Sample &s : kSamples) std::remove(sample_path(s.name).c_str());
     std::remove(sample_path("out").c_str());
 }
 

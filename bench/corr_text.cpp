@@ -19,8 +19,7 @@ std::string xml_text() {
     std::string s = "<Data>";
     for (const char *tag : {"<x-axis>", "<y-axis>", "<z-axis>"}) {
         s += tag;
-        for (int k = 0; k < 4225; ++k)
-            s += std::to_string(k % 611 - 300) + ",";
+        for (int k = 0; k < 4225; ++k) s += std::to_string(k % 611 - 300) + ",";
     }
     return s;
 }
@@ -30,8 +29,8 @@ std::string txt_text() {
     for (int i = 0; i < 5; ++i)
         for (int j = 0; j < 5; ++j)
             s += std::to_string(i * 5 + j) + "\n" + std::to_string(i * 25.0 - 50) + "\n" +
-                 std::to_string(j * 25.0 - 50) + "\n" + std::to_string(i * 25.37 - 50) +
-                 "\n" + std::to_string(j * 24.81 - 50) + "\n";
+                 std::to_string(j * 25.0 - 50) + "\n" + std::to_string(i * 25.37 - 50) + "\n" +
+                 std::to_string(j * 24.81 - 50) + "\n";
     return s;
 }
 

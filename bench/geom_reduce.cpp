@@ -66,8 +66,7 @@ void BM_CopyAndReduce(benchmark::State &state, Reducer reduce, double limit) {
 }
 
 BENCHMARK(BM_CopyPass)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_CopyAndReduce, reduce, vexo_geom_reduce, 0.3)
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_CopyAndReduce, reduce, vexo_geom_reduce, 0.3)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_CopyAndReduce, reduce_2d, vexo_geom_reduce_2d, 0.3)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_CopyAndReduce, by_angle, vexo_geom_reduce_by_angle, 5.0)

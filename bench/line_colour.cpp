@@ -21,8 +21,7 @@ struct Frame {
     std::vector<uint8_t> src, dst;
     Frame() : src(kBytes), dst(kBytes) {
         std::mt19937 rng(3);
-        for (auto &b : src)
-            b = static_cast<uint8_t>(rng());
+        for (auto &b : src) b = static_cast<uint8_t>(rng());
     }
 };
 
@@ -67,8 +66,7 @@ void BM_Memcpy(benchmark::State &state) {
 void BM_ProcessColours(benchmark::State &state) {
     Frame &f = frame();
     for (auto _ : state) {
-        vexo_gfx_process_colours(f.dst.data(), f.src.data(), kWidth, kHeight, 12, 25, 0, 3, -4,
-                                 5);
+        vexo_gfx_process_colours(f.dst.data(), f.src.data(), kWidth, kHeight, 12, 25, 0, 3, -4, 5);
         benchmark::ClobberMemory();
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * kBytes));

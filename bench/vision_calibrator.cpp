@@ -42,14 +42,15 @@ CalibrationRecord record() {
     std::memset(&rec, 0, sizeof rec);
     rec.width = kWidth;
     rec.height = kHeight;
-    for (int i = 0; i < 9; ++i)
-        vexo_util_dbl_to_block(kPerspective[i], rec.perspective[i]);
+    for (int i = 0; i < 9; ++i) vexo_util_dbl_to_block(kPerspective[i], rec.perspective[i]);
     return rec;
 }
 
 // Argument 1 runs everything on the calling thread (the steady figure on a
 // busy machine); 0 lets OpenCV use its worker threads, as hosts get.
-void use_threads(const benchmark::State &state) { cv::setNumThreads(state.range(0) ? 1 : -1); }
+void use_threads(const benchmark::State &state) {
+    cv::setNumThreads(state.range(0) ? 1 : -1);
+}
 
 void BM_WarpOnly(benchmark::State &state) {
     use_threads(state);

@@ -86,9 +86,15 @@ void start_recogniser(benchmark::State &state, uint32_t detector) {
     vexo_prcg_release_recogniser(rec);
 }
 
-void BM_RecogniserSift(benchmark::State &s) { start_recogniser(s, RECOGNISER_SIFT); }
-void BM_RecogniserSurf(benchmark::State &s) { start_recogniser(s, RECOGNISER_SURF); }
-void BM_RecogniserOrb(benchmark::State &s) { start_recogniser(s, RECOGNISER_ORB); }
+void BM_RecogniserSift(benchmark::State &s) {
+    start_recogniser(s, RECOGNISER_SIFT);
+}
+void BM_RecogniserSurf(benchmark::State &s) {
+    start_recogniser(s, RECOGNISER_SURF);
+}
+void BM_RecogniserOrb(benchmark::State &s) {
+    start_recogniser(s, RECOGNISER_ORB);
+}
 BENCHMARK(BM_RecogniserSift)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_RecogniserSurf)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_RecogniserOrb)->Unit(benchmark::kMillisecond);
@@ -97,8 +103,8 @@ BENCHMARK(BM_RecogniserOrb)->Unit(benchmark::kMillisecond);
 
 // Frames per second are the items_per_second column.
 int main(int argc, char **argv) {
-    return vexo_bench::run_with_ratios(argc, argv,
-                                       {{"BM_RecogniserSurf", "BM_RecogniserSift"},
-                                        {"BM_RecogniserOrb", "BM_RecogniserSift"}},
-                                       "time per frame against SIFT");
+    return vexo_bench::run_with_ratios(
+        argc, argv,
+        {{"BM_RecogniserSurf", "BM_RecogniserSift"}, {"BM_RecogniserOrb", "BM_RecogniserSift"}},
+        "time per frame against SIFT");
 }

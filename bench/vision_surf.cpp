@@ -80,8 +80,7 @@ BENCHMARK(BM_OurSurfOneCall)->Unit(benchmark::kMillisecond);
 } // namespace
 
 int main(int argc, char **argv) {
-    return vexo_bench::run_with_ratios(argc, argv,
-                                       {{"BM_OurSurf", "BM_SiftBaseline"},
-                                        {"BM_OurSurfOneCall", "BM_SiftBaseline"}},
-                                       "goal <= 0.5");
+    return vexo_bench::run_with_ratios(
+        argc, argv, {{"BM_OurSurf", "BM_SiftBaseline"}, {"BM_OurSurfOneCall", "BM_SiftBaseline"}},
+        "goal <= 0.5");
 }

@@ -28,9 +28,11 @@ static void summarise(const GeomPoint *points, uint32_t count) {
 }
 
 int main(void) {
-    const GeomPoint square[5] = {
-        {0.0, 0.0, 0.0, 0, 0}, {10.0, 0.0, 0.0, 0, 0}, {10.0, 10.0, 0.0, 0, 0},
-        {0.0, 10.0, 0.0, 0, 0}, {0.0, 0.0, 0.0, VEXO_POINT_END, 0}};
+    const GeomPoint square[5] = {{0.0, 0.0, 0.0, 0, 0},
+                                 {10.0, 0.0, 0.0, 0, 0},
+                                 {10.0, 10.0, 0.0, 0, 0},
+                                 {0.0, 10.0, 0.0, 0, 0},
+                                 {0.0, 0.0, 0.0, VEXO_POINT_END, 0}};
     GeomPoint *points = NULL;
     uint32_t count = 0, capacity = 0;
 

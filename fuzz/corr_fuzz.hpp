@@ -13,7 +13,6 @@ inline int fuzz_parser(uint32_t (*parse)(vexo::ByteSpan, CorrTable &), const uin
     vexo_corr_set_neutral(&table);
     const uint32_t status = parse(vexo::ByteSpan{data, size}, table);
     for (uint32_t ok : allowed)
-        if (status == ok)
-            return 0;
+        if (status == ok) return 0;
     std::abort();
 }

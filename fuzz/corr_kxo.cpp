@@ -10,13 +10,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     static uint8_t encoded[vexo::kKxoFileSize];
     CorrHead head{};
     const uint32_t status = vexo::parse_kxo(vexo::ByteSpan{data, size}, table, head);
-    if (status != VEXO_OK && status != VEXO_ERROR_READ_FILE)
-        std::abort();
-    if (status != VEXO_OK)
-        return 0;
+    if (status != VEXO_OK && status != VEXO_ERROR_READ_FILE) std::abort();
+    if (status != VEXO_OK) return 0;
     vexo::encode_kxo(table, head, encoded);
     const size_t n = vexo::kKxoFileSize - 8;
-    if (std::memcmp(encoded + 8, data + 8, n) != 0 || encoded[4] != data[4])
-        std::abort();
+    if (std::memcmp(encoded + 8, data + 8, n) != 0 || encoded[4] != data[4]) std::abort();
     return 0;
 }

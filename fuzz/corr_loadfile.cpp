@@ -12,8 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     static const std::string path = "/tmp/vexo_fuzz_loadfile_" + std::to_string(getpid()) + ".kxo";
     static CorrTable table;
     std::FILE *f = size ? std::fopen(path.c_str(), "wb") : nullptr;
-    if (!f)
-        return 0;
+    if (!f) return 0;
     std::fwrite(data + 1, 1, size - 1, f);
     std::fclose(f);
     const uint32_t format = data[0] % 13u;

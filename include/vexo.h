@@ -46,7 +46,7 @@
 #define VEXO_VERSION_MAJOR 0
 #define VEXO_VERSION_MINOR 1
 #define VEXO_VERSION_PATCH 0
-#define VEXO_VERSION_NUMBER \
+#define VEXO_VERSION_NUMBER                                                                        \
     (VEXO_VERSION_MAJOR * 10000 + VEXO_VERSION_MINOR * 100 + VEXO_VERSION_PATCH)
 
 #if defined(_WIN32)
@@ -70,19 +70,19 @@ extern "C" {
 /* ---------------------------------------------------------------------------
  * Status codes
  * ------------------------------------------------------------------------- */
-#define VEXO_OK 1u                        /* success */
-#define VEXO_ERROR_NO_RESULT 5u           /* an operation produced no output */
-#define VEXO_ERROR_INVALID_DATA 7u        /* file content not understood */
-#define VEXO_ERROR_NO_HANDLE 9u           /* handle missing / matching produced nothing */
-#define VEXO_ERROR_NO_MEMORY 11u          /* an allocation failed */
-#define VEXO_ERROR_INVALID_PARAMETER 16u  /* missing pointer, count or argument out of range */
-#define VEXO_ERROR_FILE_ACCESS 18u        /* runtime-data file could not be opened */
-#define VEXO_ERROR_OPEN_FILE 19u          /* data file could not be opened */
-#define VEXO_ERROR_WRITE_FILE 20u         /* fewer bytes written than requested */
-#define VEXO_ERROR_READ_FILE 21u          /* file too short or a value unreadable */
-#define VEXO_ERROR_NUMERIC 24u            /* a computed distance is not a number */
-#define VEXO_ERROR_INVALID_HEADER 25u     /* required header line missing */
-#define VEXO_ERROR_UNKNOWN_FORMAT 34u     /* file type not supported */
+#define VEXO_OK 1u                       /* success */
+#define VEXO_ERROR_NO_RESULT 5u          /* an operation produced no output */
+#define VEXO_ERROR_INVALID_DATA 7u       /* file content not understood */
+#define VEXO_ERROR_NO_HANDLE 9u          /* handle missing / matching produced nothing */
+#define VEXO_ERROR_NO_MEMORY 11u         /* an allocation failed */
+#define VEXO_ERROR_INVALID_PARAMETER 16u /* missing pointer, count or argument out of range */
+#define VEXO_ERROR_FILE_ACCESS 18u       /* runtime-data file could not be opened */
+#define VEXO_ERROR_OPEN_FILE 19u         /* data file could not be opened */
+#define VEXO_ERROR_WRITE_FILE 20u        /* fewer bytes written than requested */
+#define VEXO_ERROR_READ_FILE 21u         /* file too short or a value unreadable */
+#define VEXO_ERROR_NUMERIC 24u           /* a computed distance is not a number */
+#define VEXO_ERROR_INVALID_HEADER 25u    /* required header line missing */
+#define VEXO_ERROR_UNKNOWN_FORMAT 34u    /* file type not supported */
 
 /* Library version as VEXO_VERSION_NUMBER and as "major.minor.patch"; compare
  * with the macros to detect a header/library mismatch. */
@@ -138,8 +138,7 @@ VEXO_API GeomPoint *vexo_geom_realloc(GeomPoint *buffer, uint32_t count);
  * the buffer is reallocated.  On failure frees buffer and returns NULL
  * (*capacity already updated).  A capacity that would not fit in 32 bits
  * fails the same way. */
-VEXO_API GeomPoint *vexo_geom_realloc_fast(GeomPoint *buffer, uint32_t count,
-                                           uint32_t *capacity);
+VEXO_API GeomPoint *vexo_geom_realloc_fast(GeomPoint *buffer, uint32_t count, uint32_t *capacity);
 
 /* Free a point array returned by any vexo_ function; NULL is ignored. */
 VEXO_API void vexo_geom_release(GeomPoint *buffer);
@@ -156,15 +155,13 @@ VEXO_API void vexo_geom_pair_release(void *buffer);
  * (dx, dy, dz).  With a zero offset the records are copied whole.  The caller
  * adds n to its count.  count + n == 0 returns NULL (buffer untouched); on
  * failure frees buffer and returns NULL. */
-VEXO_API GeomPoint *vexo_geom_append(GeomPoint *buffer, uint32_t count,
-                                     const GeomPoint *source, uint32_t n,
-                                     double dx, double dy, double dz);
+VEXO_API GeomPoint *vexo_geom_append(GeomPoint *buffer, uint32_t count, const GeomPoint *source,
+                                     uint32_t n, double dx, double dy, double dz);
 
 /* vexo_geom_append without offset, growing with headroom (see
  * vexo_geom_realloc_fast).  On failure frees buffer and returns NULL. */
 VEXO_API GeomPoint *vexo_geom_append_fast(GeomPoint *buffer, uint32_t count,
-                                          const GeomPoint *source, uint32_t n,
-                                          uint32_t *capacity);
+                                          const GeomPoint *source, uint32_t n, uint32_t *capacity);
 
 /* Append a dot at point->x/y/z: one point with flags 1, or, with use_shape,
  * the circle or spiral that `shape` describes.  *count is advanced.
@@ -172,13 +169,11 @@ VEXO_API GeomPoint *vexo_geom_append_fast(GeomPoint *buffer, uint32_t count,
  * and returns NULL; a figure that yields no points leaves everything as is. */
 VEXO_API GeomPoint *vexo_geom_append_dot_fast(GeomPoint *buffer, uint32_t *count,
                                               const GeomPoint *point, bool use_shape,
-                                              const GeomDotShape *shape,
-                                              uint32_t *capacity);
+                                              const GeomDotShape *shape, uint32_t *capacity);
 
 /* vexo_geom_append_dot_fast with exact growth. */
-VEXO_API GeomPoint *vexo_geom_append_dot(GeomPoint *buffer, uint32_t *count,
-                                         const GeomPoint *point, bool use_shape,
-                                         const GeomDotShape *shape);
+VEXO_API GeomPoint *vexo_geom_append_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint *point,
+                                         bool use_shape, const GeomDotShape *shape);
 
 /* As the two above, reading the shape from a caller parameter record of at
  * least VEXO_DOT_PARAMS_SIZE bytes (fields at VEXO_DOT_PARAMS_OFFSET). */
@@ -199,19 +194,17 @@ VEXO_API GeomPoint *vexo_geom_append_dot2(GeomPoint *buffer, uint32_t *count,
  * flags 1.  Returns a new array (free with vexo_geom_release) and stores its
  * length in *count when count is not NULL; NULL when no point results or on
  * allocation failure. */
-VEXO_API GeomPoint *vexo_geom_create_circle(double radius, const GeomPoint *centre,
-                                            double start, double end, uint32_t steps,
-                                            uint32_t *count);
+VEXO_API GeomPoint *vexo_geom_create_circle(double radius, const GeomPoint *centre, double start,
+                                            double end, uint32_t steps, uint32_t *count);
 
 /* A spiral between `inner` and `outer` radius with `pitch` per turn and
  * roughly constant point spacing, running inward (or outward when outward is
  * non-zero), clockwise (or counter-clockwise when reverse is non-zero).
  * `count` is required.  Returns a new array or NULL (no point, or allocation
  * failure; *count then holds the points written before it). */
-VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer,
-                                            const GeomPoint *centre, double start,
-                                            double pitch, uint32_t steps, uint8_t reverse,
-                                            uint8_t outward, uint32_t *count);
+VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer, const GeomPoint *centre,
+                                            double start, double pitch, uint32_t steps,
+                                            uint8_t reverse, uint8_t outward, uint32_t *count);
 
 /* ===========================================================================
  * vector2d / vector3d: vector math on bare double arrays
@@ -262,9 +255,8 @@ VEXO_API double vexo_vector3d_angle(const double *a, const double *b);
 /* 1 when dot p lies within `tolerance` of segment a-b (3 doubles each),
  * measured over the selected axes by a depth-10 bisection that follows the
  * nearer end (an approximation by design), else 0. */
-VEXO_API uint8_t vexo_vec_line_to_dot_is_dist(const double *a, const double *b,
-                                              const double *p, double tolerance,
-                                              uint32_t axes);
+VEXO_API uint8_t vexo_vec_line_to_dot_is_dist(const double *a, const double *b, const double *p,
+                                              double tolerance, uint32_t axes);
 
 /* ===========================================================================
  * matrix: 4x4 affine transformations
@@ -292,11 +284,10 @@ VEXO_API bool vexo_matrix_equal(const GeomMatrix *a, const GeomMatrix *b);
 VEXO_API void vexo_matrix_convert_tof(const GeomMatrix *m, float *out);
 /* out = m * p (x, y, z), flags copied; m NULL copies the whole record; p or
  * out NULL does nothing. */
-VEXO_API void vexo_matrix_multiply_point(const GeomMatrix *m, const GeomPoint *p,
-                                         GeomPoint *out);
+VEXO_API void vexo_matrix_multiply_point(const GeomMatrix *m, const GeomPoint *p, GeomPoint *out);
 /* (x, y, 0) through m: *out_x, *out_y. */
-VEXO_API void vexo_matrix_multiply_2Dcoord(const GeomMatrix *m, double x, double y,
-                                           double *out_x, double *out_y);
+VEXO_API void vexo_matrix_multiply_2Dcoord(const GeomMatrix *m, double x, double y, double *out_x,
+                                           double *out_y);
 /* b = a * b; a and b may be the same matrix. */
 VEXO_API void vexo_matrix_multiply_matrix(const GeomMatrix *a, GeomMatrix *b);
 /* m = inverse(m); a singular matrix (determinant exactly 0) is unchanged. */
@@ -307,32 +298,28 @@ VEXO_API void vexo_matrix_translate(GeomMatrix *m, double dx, double dy, double 
 VEXO_API void vexo_matrix_scale(GeomMatrix *m, double sx, double sy, double sz);
 /* Pre-multiply a shear: a1, a2 add x to y and z; a3, a4 add y to x and z;
  * a5, a6 add z to x and y. */
-VEXO_API void vexo_matrix_slant(GeomMatrix *m, double a1, double a2, double a3,
-                                double a4, double a5, double a6);
+VEXO_API void vexo_matrix_slant(GeomMatrix *m, double a1, double a2, double a3, double a4,
+                                double a5, double a6);
 /* Pre-multiply rotations about X, then Y, then Z (degrees; a positive angle
  * turns clockwise looking down the axis), about `centre` (3 doubles) or the
  * origin when centre is NULL. */
-VEXO_API void vexo_matrix_rotate(GeomMatrix *m, const double *centre, double ax,
-                                 double ay, double az);
+VEXO_API void vexo_matrix_rotate(GeomMatrix *m, const double *centre, double ax, double ay,
+                                 double az);
 /* Pre-multiply a rotation by `angle` degrees about `axis` (3 doubles, need
  * not be unit), same sense as vexo_matrix_rotate.  VEXO_OK, or
  * VEXO_ERROR_INVALID_PARAMETER with m unchanged when m or axis is NULL. */
-VEXO_API uint32_t vexo_matrix_rotate_vector3d(GeomMatrix *m, const double *axis,
-                                              double angle);
+VEXO_API uint32_t vexo_matrix_rotate_vector3d(GeomMatrix *m, const double *axis, double angle);
 /* Pre-multiply a perspective frustum (entries at the classic OpenGL
  * indices 0, 5, 8, 9, 10, 11, 14). */
-VEXO_API void vexo_matrix_frustum(GeomMatrix *m, double left, double right,
-                                  double bottom, double top, double z_near, double z_far);
+VEXO_API void vexo_matrix_frustum(GeomMatrix *m, double left, double right, double bottom,
+                                  double top, double z_near, double z_far);
 /* m[3], m[7], m[11]; any output may be NULL. */
-VEXO_API void vexo_matrix_get_translation(const GeomMatrix *m, double *x, double *y,
-                                          double *z);
+VEXO_API void vexo_matrix_get_translation(const GeomMatrix *m, double *x, double *y, double *z);
 /* Lengths of rows 0, 1, 2 (values within 1e-7 of 1 are exactly 1); any
  * output may be NULL. */
-VEXO_API void vexo_matrix_get_scaling(const GeomMatrix *m, double *sx, double *sy,
-                                      double *sz);
+VEXO_API void vexo_matrix_get_scaling(const GeomMatrix *m, double *sx, double *sy, double *sz);
 /* Rotation angles in degrees about X, Y, Z; any output may be NULL. */
-VEXO_API void vexo_matrix_get_rotation(const GeomMatrix *m, double *ax, double *ay,
-                                       double *az);
+VEXO_API void vexo_matrix_get_rotation(const GeomMatrix *m, double *ax, double *ay, double *az);
 
 /* ===========================================================================
  * geom: smoothing, point reduction, placement, predicates
@@ -344,10 +331,10 @@ VEXO_API void vexo_matrix_get_rotation(const GeomMatrix *m, double *ax, double *
  * with its already smoothed predecessor.  Points of a triple that holds a
  * line end are left alone.  Writes VEXO_OK to *status when not NULL (also
  * for a NULL array, which is returned as is).  Returns points. */
-VEXO_API GeomPoint *vexo_geom_smoothen(GeomPoint *points, uint32_t count,
-                                       double max_dist, uint32_t *status);
-VEXO_API GeomPoint *vexo_geom_smoothen_2d(GeomPoint *points, uint32_t count,
-                                          double max_dist, uint32_t *status);
+VEXO_API GeomPoint *vexo_geom_smoothen(GeomPoint *points, uint32_t count, double max_dist,
+                                       uint32_t *status);
+VEXO_API GeomPoint *vexo_geom_smoothen_2d(GeomPoint *points, uint32_t count, double max_dist,
+                                          uint32_t *status);
 
 /* Drop points closer than min_dist to their predecessor, and two-point
  * polylines shorter than min_dist; polylines whose ends nearly touch are
@@ -357,40 +344,37 @@ VEXO_API GeomPoint *vexo_geom_smoothen_2d(GeomPoint *points, uint32_t count,
  * *count shrinks, order is kept.  Returns points; a NULL count leaves
  * everything alone, a NULL array with *count > 0 returns NULL. */
 VEXO_API GeomPoint *vexo_geom_reduce(GeomPoint *points, uint32_t *count, double min_dist);
-VEXO_API GeomPoint *vexo_geom_reduce_2d(GeomPoint *points, uint32_t *count,
-                                        double min_dist);
+VEXO_API GeomPoint *vexo_geom_reduce_2d(GeomPoint *points, uint32_t *count, double min_dist);
 
 /* Drop points whose direction change is positive and below max_angle
  * (degrees here; RADIANS in the _2d variant).  Collinear points stay; a
  * repeated point stays in 3D and counts as a right angle in 2D, where a full
  * reversal counts as pi.  In place: *count shrinks.  NULL handling as
  * vexo_geom_reduce.  Returns points. */
-VEXO_API GeomPoint *vexo_geom_reduce_by_angle(GeomPoint *points, uint32_t *count,
-                                              double max_angle);
+VEXO_API GeomPoint *vexo_geom_reduce_by_angle(GeomPoint *points, uint32_t *count, double max_angle);
 VEXO_API GeomPoint *vexo_geom_reduce_by_angle_2d(GeomPoint *points, uint32_t *count,
                                                  double max_angle);
 
 /* Add (dx, dy, dz) to every point; NULL or count 0 does nothing. */
-VEXO_API void vexo_geom_translate(GeomPoint *points, uint32_t count, double dx,
-                                  double dy, double dz);
+VEXO_API void vexo_geom_translate(GeomPoint *points, uint32_t count, double dx, double dy,
+                                  double dz);
 /* Scale every point about the origin through a scaling matrix; NULL or
  * count 0 does nothing. */
-VEXO_API void vexo_geom_scale(GeomPoint *points, uint32_t count, double sx, double sy,
-                              double sz);
+VEXO_API void vexo_geom_scale(GeomPoint *points, uint32_t count, double sx, double sy, double sz);
 
 /* 1 strictly inside, 2 on a border line (one coordinate equal to a bound,
  * whatever the other), 0 outside.  Note the argument order: y_max first. */
-VEXO_API uint32_t vexo_geom_point_in_rect(const GeomPoint *point, double y_max,
-                                          double x_min, double y_min, double x_max);
+VEXO_API uint32_t vexo_geom_point_in_rect(const GeomPoint *point, double y_max, double x_min,
+                                          double y_min, double x_max);
 /* 1 inside, 0 outside (crossing number, polygon closed implicitly); fewer
  * than 3 vertices give 0. */
-VEXO_API uint32_t vexo_geom_point_in_polygon(const GeomPoint *point,
-                                             const GeomPoint *polygon, int32_t count);
+VEXO_API uint32_t vexo_geom_point_in_polygon(const GeomPoint *point, const GeomPoint *polygon,
+                                             int32_t count);
 /* Height of point on the plane of triangle[3] into *z: VEXO_OK or
  * VEXO_ERROR_NUMERIC.  A triangle degenerate in XY gives inf/NaN with
  * VEXO_OK; a NULL argument gives VEXO_ERROR_INVALID_PARAMETER. */
-VEXO_API uint32_t vexo_geom_point_height(const GeomPoint *point,
-                                         const GeomPoint *triangle, double *z);
+VEXO_API uint32_t vexo_geom_point_height(const GeomPoint *point, const GeomPoint *triangle,
+                                         double *z);
 
 /* ===========================================================================
  * line: measurement, crossings, clipping to a rectangle
@@ -400,8 +384,8 @@ VEXO_API uint32_t vexo_geom_point_height(const GeomPoint *point,
 VEXO_API double vexo_line_get_length(const GeomPoint *a, const GeomPoint *b, bool only2d);
 /* ceil((|a-b| + extra) / spacing), the length counting as 0 when a or b is
  * NULL.  spacing must be positive. */
-VEXO_API uint32_t vexo_line_get_dot_num(const GeomPoint *a, const GeomPoint *b,
-                                        double spacing, double extra);
+VEXO_API uint32_t vexo_line_get_dot_num(const GeomPoint *a, const GeomPoint *b, double spacing,
+                                        double extra);
 /* Write the dot at spacing*index + offset along a->b into *out (flags 0);
  * true when it lies within the segment's bounding box.  Coincident a and b
  * put every dot on a.  A NULL pointer gives false and writes nothing. */
@@ -418,10 +402,10 @@ VEXO_API void vexo_line_to_vector3d(const GeomPoint *a, const GeomPoint *b, doub
 VEXO_API GeomPoint *vexo_line_rem_unused_vertices(GeomPoint *points, uint32_t *count);
 
 /* Crossing codes of vexo_line_get_crossing. */
-#define VEXO_CROSSING_FOUND 1u      /* inside the bounded operands */
-#define VEXO_CROSSING_OUTSIDE 2u    /* lines cross outside a bounded operand */
-#define VEXO_CROSSING_PARALLEL 3u   /* no crossing */
-#define VEXO_CROSSING_COINCIDENT 4u /* the same line */
+#define VEXO_CROSSING_FOUND 1u            /* inside the bounded operands */
+#define VEXO_CROSSING_OUTSIDE 2u          /* lines cross outside a bounded operand */
+#define VEXO_CROSSING_PARALLEL 3u         /* no crossing */
+#define VEXO_CROSSING_COINCIDENT 4u       /* the same line */
 #define VEXO_CROSSING_MISSING_ARGUMENT 0u /* a point pointer was NULL */
 
 /* Crossing of line a0-a1 and line b0-b1 in XY into *out (z interpolated
@@ -431,9 +415,8 @@ VEXO_API GeomPoint *vexo_line_rem_unused_vertices(GeomPoint *points, uint32_t *c
  * it.  Codes 3 and 4 leave out's coordinates alone; code 2 leaves the
  * crossing of the unbounded lines with z 0.  out may alias an input.
  * Returns a VEXO_CROSSING_ code (0 when any pointer is NULL). */
-VEXO_API uint32_t vexo_line_get_crossing(const GeomPoint *a0, const GeomPoint *a1,
-                                         bool a_unbounded, const GeomPoint *b0,
-                                         const GeomPoint *b1, bool b_unbounded,
+VEXO_API uint32_t vexo_line_get_crossing(const GeomPoint *a0, const GeomPoint *a1, bool a_unbounded,
+                                         const GeomPoint *b0, const GeomPoint *b1, bool b_unbounded,
                                          GeomPoint *out);
 /* The part of segment a-b inside rect = {left, top, -, right, bottom, -}
  * (bounds inclusive): a new 2-point array running a->b with flags 1 on the
@@ -453,11 +436,10 @@ VEXO_API GeomPoint *vexo_line_get_inner_part(const GeomPoint *a, const GeomPoint
  * applied to width*height 3-byte pixels from src into dst (may be the same
  * buffer).  Returns VEXO_OK (VEXO_ERROR_INVALID_PARAMETER for a NULL buffer
  * with a non-empty image). */
-VEXO_API uint32_t vexo_gfx_process_colours(uint8_t *dst, const uint8_t *src,
-                                           uint32_t width, uint32_t height,
-                                           int32_t brightness, int32_t contrast,
-                                           int32_t gamma, int32_t offset0,
-                                           int32_t offset1, int32_t offset2);
+VEXO_API uint32_t vexo_gfx_process_colours(uint8_t *dst, const uint8_t *src, uint32_t width,
+                                           uint32_t height, int32_t brightness, int32_t contrast,
+                                           int32_t gamma, int32_t offset0, int32_t offset1,
+                                           int32_t offset2);
 
 /* ===========================================================================
  * bezier / spline: curves
@@ -468,8 +450,8 @@ VEXO_API uint32_t vexo_gfx_process_colours(uint8_t *dst, const uint8_t *src,
  * sample is the last control point exactly.  steps 0 returns VEXO_OK with
  * nothing written; otherwise VEXO_ERROR_INVALID_PARAMETER for count outside
  * 1..32 or a NULL pointer (count > 32 is refused even with steps 0). */
-VEXO_API uint32_t vexo_bezier_get_curve3d(const double *controls, int32_t count,
-                                          GeomPoint *out, uint32_t steps);
+VEXO_API uint32_t vexo_bezier_get_curve3d(const double *controls, int32_t count, GeomPoint *out,
+                                          uint32_t steps);
 
 /* vexo_spline_get_curve2d: two knots with the same x bracket a point. */
 #define VEXO_SPLINE_EQUAL_KNOTS ((uint32_t)-2)
@@ -480,8 +462,8 @@ VEXO_API uint32_t vexo_bezier_get_curve3d(const double *controls, int32_t count,
  * VEXO_ERROR_NO_MEMORY, VEXO_SPLINE_EQUAL_KNOTS (that point's y set to 0,
  * later points untouched) or VEXO_ERROR_INVALID_PARAMETER (NULL knots,
  * count < 2, m < 0, or NULL points with m > 0). */
-VEXO_API uint32_t vexo_spline_get_curve2d(const double *knots, int32_t count,
-                                          GeomPoint *points, int32_t m);
+VEXO_API uint32_t vexo_spline_get_curve2d(const double *knots, int32_t count, GeomPoint *points,
+                                          int32_t m);
 
 /* ===========================================================================
  * clip: polygon union, difference and outline (over Clipper)
@@ -502,8 +484,7 @@ typedef struct ClipHandle ClipHandle;
 
 /* New handle whose subject holds `points`; NULL when count is 0, points is
  * NULL, a coordinate is out of range or memory runs out. */
-VEXO_API ClipHandle *vexo_clip_create(const GeomPoint *points, uint32_t count,
-                                      uint32_t mode);
+VEXO_API ClipHandle *vexo_clip_create(const GeomPoint *points, uint32_t count, uint32_t mode);
 /* Destroy a handle; NULL ignored. */
 VEXO_API void vexo_clip_release(ClipHandle *clip);
 /* Union (mode & 1) or difference (mode & 2) of the subject with `points`,
@@ -511,8 +492,8 @@ VEXO_API void vexo_clip_release(ClipHandle *clip);
  * VEXO_ERROR_INVALID_PARAMETER for a NULL handle/points, count 0 or a
  * coordinate out of range; VEXO_ERROR_NO_MEMORY (also when Clipper reports
  * a failed execution).  The subject is kept. */
-VEXO_API uint32_t vexo_clip_bool(ClipHandle *clip, const GeomPoint *points,
-                                 uint32_t count, uint32_t mode);
+VEXO_API uint32_t vexo_clip_bool(ClipHandle *clip, const GeomPoint *points, uint32_t count,
+                                 uint32_t mode);
 /* Offset every subject path by `distance` (grows when positive) with the join
  * chosen by mode (miter limit 2, arc tolerance 0.25) into the result.  Holes
  * are told by orientation (opposite to the outermost path), not even-odd.
@@ -591,8 +572,7 @@ VEXO_API uint32_t vexo_corr_get_corr_head(CorrHead *head);
  * 25 missing header, 34 unknown format.  On failure the table may hold
  * values read so far.  The header (vexo_corr_get_corr_head) is zeroed at
  * the start and only a kxo file, even a truncated one, fills it. */
-VEXO_API uint32_t vexo_corr_load_corr65(CorrTable *table, const char *path,
-                                        uint32_t format);
+VEXO_API uint32_t vexo_corr_load_corr65(CorrTable *table, const char *path, uint32_t format);
 
 /* Write table as a 50,712-byte big-endian kxo file with head's tag and value
  * (version 1, header size 12, reserved bytes 0).  Each coordinate is stored
@@ -610,16 +590,14 @@ VEXO_API uint32_t vexo_corr_save_ctb(const CorrTable *table, const char *path);
  * `scale` (galvo units per mm, 0 when unknown), 65x65 little-endian i32
  * delta pairs (neutral - cell, x then y) row by row, 4-byte zero trailer.
  * VEXO_OK, 16, 19, 20. */
-VEXO_API uint32_t vexo_corr_save_cor(const CorrTable *table, const char *path,
-                                     double scale);
+VEXO_API uint32_t vexo_corr_save_cor(const CorrTable *table, const char *path, double scale);
 
 /* Fill table from an n x n grid of measured and nominal positions (cell
  * (a, b) at a*n + b, x and y read) given in a field of size `range`:
  * pre-distort, normalise to the output range, resample bilinearly.  z and
  * flags end 0.  VEXO_OK; 16 NULL table or grid; 11 n*n is 0 or too large. */
 VEXO_API uint32_t vexo_corr_interpolate(uint32_t n, const GeomPoint *measured,
-                                        const GeomPoint *nominal, double range,
-                                        CorrTable *table);
+                                        const GeomPoint *nominal, double range, CorrTable *table);
 
 /* Shrink (scale < 1) or enlarge the field near the centre while the rim at
  * radius 32767.5*scale stays put.  VEXO_OK; 16 for NULL or scale 0. */
@@ -628,16 +606,15 @@ VEXO_API uint32_t vexo_corr_set_scale(CorrTable *table, double scale);
 /* Recompute z for a flat field under a lens of focal_length over a field of
  * field_size, rescaled to target_size.  VEXO_OK; 16 for NULL or a
  * field_size of 0 (table unchanged). */
-VEXO_API uint32_t vexo_corr_set_focal(CorrTable *table, double focal_length,
-                                      double field_size, double target_size);
+VEXO_API uint32_t vexo_corr_set_focal(CorrTable *table, double focal_length, double field_size,
+                                      double target_size);
 
 /* A mark meant for `to` landed at `from` (x, y each, output units): move the
  * nodes within |to - from| * radius_factor of `to` against the error,
  * weighted linearly.  mode 3: single nodes in X and Y; bit 0: Y along rows;
  * bit 1: X along columns.  VEXO_OK; 16 for NULL. */
-VEXO_API uint32_t vexo_corr_adjust_single(CorrTable *table, const double *from,
-                                          const double *to, double radius_factor,
-                                          int32_t mode);
+VEXO_API uint32_t vexo_corr_adjust_single(CorrTable *table, const double *from, const double *to,
+                                          double radius_factor, int32_t mode);
 
 /* Trapezoid correction: scale one side (0: last row in X, 1: first column in
  * Y, 2: last column in Y, 3: first row in X) by `factor`, the opposite side
@@ -656,14 +633,14 @@ VEXO_API uint32_t vexo_corr_set_spatial(CorrTable *table, uint8_t side, double f
 /* A host image: this 32-byte header, then the pixels (rows top to bottom, no
  * padding; 3 bytes per pixel for RGB24, 1 for GREY8) at byte 32. */
 typedef struct ImageBlock {
-    uint8_t header[8];   /* not interpreted */
-    uint8_t kind;        /* must be VEXO_IMAGE_KIND */
-    uint8_t format;      /* IMAGE_FORMAT_RGB24 or IMAGE_FORMAT_GREY8 */
+    uint8_t header[8]; /* not interpreted */
+    uint8_t kind;      /* must be VEXO_IMAGE_KIND */
+    uint8_t format;    /* IMAGE_FORMAT_RGB24 or IMAGE_FORMAT_GREY8 */
     uint8_t reserved[6];
-    int32_t width;       /* BIG-endian */
-    int32_t height;      /* BIG-endian */
-    uint32_t bits;       /* host order */
-    uint32_t data_size;  /* host order */
+    int32_t width;      /* BIG-endian */
+    int32_t height;     /* BIG-endian */
+    uint32_t bits;      /* host order */
+    uint32_t data_size; /* host order */
 } ImageBlock;
 
 #define CALIB_OPTION_TOP_DOWN 0x01u
@@ -713,9 +690,8 @@ VEXO_API void vexo_calib_release_calibrator(Calibrator *cal);
  * columns*rows (x, y) int32 pairs rounded half away from zero (free with
  * vexo_calib_release_correction), or NULL.  *found (may be NULL) receives
  * the number of corners found: 0 for bad arguments or an unusable image. */
-VEXO_API int32_t *vexo_calib_gen_correction(const ImageBlock *image, int32_t columns,
-                                            int32_t rows, CalibrationRecord *record,
-                                            int32_t *found);
+VEXO_API int32_t *vexo_calib_gen_correction(const ImageBlock *image, int32_t columns, int32_t rows,
+                                            CalibrationRecord *record, int32_t *found);
 /* Free a corner list; NULL ignored. */
 VEXO_API void vexo_calib_release_correction(int32_t *corners);
 
@@ -750,7 +726,7 @@ typedef struct PatternKeypoint {
 
 /* Filled by vexo_prcg_start_recogniser. */
 typedef struct RecognitionResult {
-    float x;        /* pattern origin in the frame, pixels */
+    float x; /* pattern origin in the frame, pixels */
     float y;
     float rotation; /* degrees */
     int32_t status; /* VEXO_OK, 9, 11, 16, VEXO_ERROR_NO_RATIO_MATCH, ..._POINT_PAIRS */
@@ -765,9 +741,8 @@ typedef struct Recogniser Recogniser;
  * (*count of them; free with vexo_prcg_release_keypoints), or NULL (*count
  * -1 on a bad image or allocation failure). */
 VEXO_API PatternKeypoint *vexo_prcg_gen_keypoints(const ImageBlock *image, int32_t *count,
-                                                  uint32_t *options, int32_t left,
-                                                  int32_t top, int32_t right,
-                                                  int32_t bottom);
+                                                  uint32_t *options, int32_t left, int32_t top,
+                                                  int32_t right, int32_t bottom);
 /* count zeroed keypoints, or NULL. */
 VEXO_API PatternKeypoint *vexo_prcg_alloc_keypoints(uint32_t count);
 /* Free a keypoint array; NULL ignored. */
@@ -775,9 +750,8 @@ VEXO_API void vexo_prcg_release_keypoints(PatternKeypoint *keypoints);
 
 /* New recogniser for `count` (>= 3) keypoints taught on `reference`; the
  * origin is subtracted from reported positions.  NULL on failure. */
-VEXO_API Recogniser *vexo_prcg_create_recogniser(const PatternKeypoint *keypoints,
-                                                 int32_t count, uint32_t options,
-                                                 const ImageBlock *reference,
+VEXO_API Recogniser *vexo_prcg_create_recogniser(const PatternKeypoint *keypoints, int32_t count,
+                                                 uint32_t options, const ImageBlock *reference,
                                                  int32_t origin_x, int32_t origin_y);
 /* Find the pattern in `frame`; the outcome is result->status. */
 VEXO_API void vexo_prcg_start_recogniser(Recogniser *rec, const ImageBlock *frame,
@@ -802,8 +776,7 @@ VEXO_API uint32_t vexo_util_save_runtime_data(const char *name, const uint8_t *k
  * fine).  VEXO_OK; 16 as for saving; 18 no such file; 21 file shorter than
  * size (the bytes it had are in buffer). */
 VEXO_API uint32_t vexo_util_load_runtime_data(const char *name, const uint8_t *key,
-                                              uint32_t key_length, uint8_t *buffer,
-                                              uint32_t size);
+                                              uint32_t key_length, uint8_t *buffer, uint32_t size);
 /* true for the group entity types 4, 8, 9, 10, 11, 16, 17. */
 VEXO_API bool vexo_util_entity_is_group_type(int32_t type);
 /* true for the image entity types 6, 7, 12, 13. */
@@ -817,23 +790,30 @@ VEXO_API bool vexo_util_entity_is_image_type(uint32_t type);
  * references, so NULL and pointers still resolve to the C functions. */
 typedef double VexoMatrixArray[16];
 typedef GeomPoint VexoTableArray[4225];
-inline GeomMatrix *vexo_as_matrix(VexoMatrixArray &m) { return reinterpret_cast<GeomMatrix *>(m); }
+inline GeomMatrix *vexo_as_matrix(VexoMatrixArray &m) {
+    return reinterpret_cast<GeomMatrix *>(m);
+}
 inline const GeomMatrix *vexo_as_matrix(const VexoMatrixArray &m) {
     return reinterpret_cast<const GeomMatrix *>(m);
 }
-inline CorrTable *vexo_as_table(VexoTableArray &t) { return reinterpret_cast<CorrTable *>(t); }
+inline CorrTable *vexo_as_table(VexoTableArray &t) {
+    return reinterpret_cast<CorrTable *>(t);
+}
 inline const CorrTable *vexo_as_table(const VexoTableArray &t) {
     return reinterpret_cast<const CorrTable *>(t);
 }
 
-inline void vexo_matrix_unify(VexoMatrixArray &m) { vexo_matrix_unify(vexo_as_matrix(m)); }
+inline void vexo_matrix_unify(VexoMatrixArray &m) {
+    vexo_matrix_unify(vexo_as_matrix(m));
+}
 inline bool vexo_matrix_equal(const VexoMatrixArray &a, const VexoMatrixArray &b) {
     return vexo_matrix_equal(vexo_as_matrix(a), vexo_as_matrix(b));
 }
 inline void vexo_matrix_convert_tof(const VexoMatrixArray &m, float *out) {
     vexo_matrix_convert_tof(vexo_as_matrix(m), out);
 }
-inline void vexo_matrix_multiply_point(const VexoMatrixArray &m, const GeomPoint *p, GeomPoint *out) {
+inline void vexo_matrix_multiply_point(const VexoMatrixArray &m, const GeomPoint *p,
+                                       GeomPoint *out) {
     vexo_matrix_multiply_point(vexo_as_matrix(m), p, out);
 }
 inline void vexo_matrix_multiply_2Dcoord(const VexoMatrixArray &m, double x, double y, double *ox,
@@ -843,7 +823,9 @@ inline void vexo_matrix_multiply_2Dcoord(const VexoMatrixArray &m, double x, dou
 inline void vexo_matrix_multiply_matrix(const VexoMatrixArray &a, VexoMatrixArray &b) {
     vexo_matrix_multiply_matrix(vexo_as_matrix(a), vexo_as_matrix(b));
 }
-inline void vexo_matrix_invert(VexoMatrixArray &m) { vexo_matrix_invert(vexo_as_matrix(m)); }
+inline void vexo_matrix_invert(VexoMatrixArray &m) {
+    vexo_matrix_invert(vexo_as_matrix(m));
+}
 inline void vexo_matrix_translate(VexoMatrixArray &m, double dx, double dy, double dz) {
     vexo_matrix_translate(vexo_as_matrix(m), dx, dy, dz);
 }
@@ -892,15 +874,13 @@ inline uint32_t vexo_corr_save_cor(const VexoTableArray &t, const char *path, do
     return vexo_corr_save_cor(vexo_as_table(t), path, scale);
 }
 inline uint32_t vexo_corr_interpolate(uint32_t n, const GeomPoint *measured,
-                                      const GeomPoint *nominal, double range,
-                                      VexoTableArray &t) {
+                                      const GeomPoint *nominal, double range, VexoTableArray &t) {
     return vexo_corr_interpolate(n, measured, nominal, range, vexo_as_table(t));
 }
 inline uint32_t vexo_corr_set_scale(VexoTableArray &t, double scale) {
     return vexo_corr_set_scale(vexo_as_table(t), scale);
 }
-inline uint32_t vexo_corr_set_focal(VexoTableArray &t, double focal, double field,
-                                    double target) {
+inline uint32_t vexo_corr_set_focal(VexoTableArray &t, double focal, double field, double target) {
     return vexo_corr_set_focal(vexo_as_table(t), focal, field, target);
 }
 inline uint32_t vexo_corr_adjust_single(VexoTableArray &t, const double *from, const double *to,

@@ -11,8 +11,7 @@ namespace cli {
 
 bool Args::wants_help() const {
     for (const std::string &w : words_)
-        if (w == "--help" || w == "-h")
-            return true;
+        if (w == "--help" || w == "-h") return true;
     return false;
 }
 
@@ -33,8 +32,7 @@ bool Args::flag(const char *name) {
 
 std::vector<std::string> Args::option(const char *name, int count) {
     for (size_t i = pos_; i < words_.size(); ++i) {
-        if (words_[i] != name)
-            continue;
+        if (words_[i] != name) continue;
         if (i + size_t(count) >= words_.size())
             throw Failure(std::string(name) + " needs " + std::to_string(count) + " value(s)");
         std::vector<std::string> values(words_.begin() + long(i) + 1,
@@ -52,8 +50,7 @@ std::vector<std::string> Args::take_rest() {
 }
 
 void Args::finish() const {
-    if (!empty())
-        throw Failure("unexpected argument '" + words_[pos_] + "'");
+    if (!empty()) throw Failure("unexpected argument '" + words_[pos_] + "'");
 }
 
 double to_double(const std::string &text, const char *what) {
@@ -77,22 +74,53 @@ long to_long(const std::string &text, const char *what) {
 std::string status_name(uint32_t status) {
     const char *name = "unknown status";
     switch (status) {
-    case VEXO_OK: name = "VEXO_OK"; break;
-    case VEXO_ERROR_NO_RESULT: name = "VEXO_ERROR_NO_RESULT"; break;
-    case VEXO_ERROR_INVALID_DATA: name = "VEXO_ERROR_INVALID_DATA"; break;
-    case VEXO_ERROR_NO_HANDLE: name = "VEXO_ERROR_NO_HANDLE"; break;
-    case VEXO_ERROR_NO_MEMORY: name = "VEXO_ERROR_NO_MEMORY"; break;
-    case VEXO_ERROR_INVALID_PARAMETER: name = "VEXO_ERROR_INVALID_PARAMETER"; break;
-    case VEXO_ERROR_FILE_ACCESS: name = "VEXO_ERROR_FILE_ACCESS"; break;
-    case VEXO_ERROR_OPEN_FILE: name = "VEXO_ERROR_OPEN_FILE (cannot open)"; break;
-    case VEXO_ERROR_WRITE_FILE: name = "VEXO_ERROR_WRITE_FILE"; break;
-    case VEXO_ERROR_READ_FILE: name = "VEXO_ERROR_READ_FILE (file too short or unreadable)"; break;
-    case VEXO_ERROR_NUMERIC: name = "VEXO_ERROR_NUMERIC"; break;
-    case VEXO_ERROR_INVALID_HEADER: name = "VEXO_ERROR_INVALID_HEADER"; break;
-    case VEXO_ERROR_UNKNOWN_FORMAT: name = "VEXO_ERROR_UNKNOWN_FORMAT"; break;
-    case VEXO_ERROR_NO_RATIO_MATCH: name = "VEXO_ERROR_NO_RATIO_MATCH"; break;
-    case VEXO_ERROR_NO_POINT_PAIRS: name = "VEXO_ERROR_NO_POINT_PAIRS"; break;
-    default: break;
+    case VEXO_OK:
+        name = "VEXO_OK";
+        break;
+    case VEXO_ERROR_NO_RESULT:
+        name = "VEXO_ERROR_NO_RESULT";
+        break;
+    case VEXO_ERROR_INVALID_DATA:
+        name = "VEXO_ERROR_INVALID_DATA";
+        break;
+    case VEXO_ERROR_NO_HANDLE:
+        name = "VEXO_ERROR_NO_HANDLE";
+        break;
+    case VEXO_ERROR_NO_MEMORY:
+        name = "VEXO_ERROR_NO_MEMORY";
+        break;
+    case VEXO_ERROR_INVALID_PARAMETER:
+        name = "VEXO_ERROR_INVALID_PARAMETER";
+        break;
+    case VEXO_ERROR_FILE_ACCESS:
+        name = "VEXO_ERROR_FILE_ACCESS";
+        break;
+    case VEXO_ERROR_OPEN_FILE:
+        name = "VEXO_ERROR_OPEN_FILE (cannot open)";
+        break;
+    case VEXO_ERROR_WRITE_FILE:
+        name = "VEXO_ERROR_WRITE_FILE";
+        break;
+    case VEXO_ERROR_READ_FILE:
+        name = "VEXO_ERROR_READ_FILE (file too short or unreadable)";
+        break;
+    case VEXO_ERROR_NUMERIC:
+        name = "VEXO_ERROR_NUMERIC";
+        break;
+    case VEXO_ERROR_INVALID_HEADER:
+        name = "VEXO_ERROR_INVALID_HEADER";
+        break;
+    case VEXO_ERROR_UNKNOWN_FORMAT:
+        name = "VEXO_ERROR_UNKNOWN_FORMAT";
+        break;
+    case VEXO_ERROR_NO_RATIO_MATCH:
+        name = "VEXO_ERROR_NO_RATIO_MATCH";
+        break;
+    case VEXO_ERROR_NO_POINT_PAIRS:
+        name = "VEXO_ERROR_NO_POINT_PAIRS";
+        break;
+    default:
+        break;
     }
     return std::string(name) + " [" + std::to_string(status) + "]";
 }
@@ -106,11 +134,16 @@ struct Extension {
 };
 // The library's search order: ".scor" before ".cor", and so on.
 const Extension kExtensions[] = {
-    {".scor", ".SCOR", VEXO_CORR_FORMAT_SCOR, "scor"}, {".cor", ".COR", VEXO_CORR_FORMAT_COR, "cor"},
-    {".crt", ".CRT", VEXO_CORR_FORMAT_CRT, "crt"},     {".ucf", ".UCF", VEXO_CORR_FORMAT_UCF, "ucf"},
-    {".ctb", ".CTB", VEXO_CORR_FORMAT_CTB, "ctb"},     {".ct5", ".CT5", VEXO_CORR_FORMAT_CT5, "ct5"},
-    {".gcd", ".GCD", VEXO_CORR_FORMAT_GCD, "gcd"},     {".kxo", ".KXO", VEXO_CORR_FORMAT_KXO, "kxo"},
-    {".xml", ".XML", VEXO_CORR_FORMAT_XML, "xml"},     {".txt", ".TXT", VEXO_CORR_FORMAT_TXT, "txt"},
+    {".scor", ".SCOR", VEXO_CORR_FORMAT_SCOR, "scor"},
+    {".cor", ".COR", VEXO_CORR_FORMAT_COR, "cor"},
+    {".crt", ".CRT", VEXO_CORR_FORMAT_CRT, "crt"},
+    {".ucf", ".UCF", VEXO_CORR_FORMAT_UCF, "ucf"},
+    {".ctb", ".CTB", VEXO_CORR_FORMAT_CTB, "ctb"},
+    {".ct5", ".CT5", VEXO_CORR_FORMAT_CT5, "ct5"},
+    {".gcd", ".GCD", VEXO_CORR_FORMAT_GCD, "gcd"},
+    {".kxo", ".KXO", VEXO_CORR_FORMAT_KXO, "kxo"},
+    {".xml", ".XML", VEXO_CORR_FORMAT_XML, "xml"},
+    {".txt", ".TXT", VEXO_CORR_FORMAT_TXT, "txt"},
     {".fcr", ".FCR", VEXO_CORR_FORMAT_FCR, "fcr"},
 };
 } // namespace
@@ -124,26 +157,22 @@ uint32_t format_from_name(const std::string &path) {
 
 const char *format_label(uint32_t format) {
     for (const Extension &e : kExtensions)
-        if (e.format == format)
-            return e.label;
+        if (e.format == format) return e.label;
     return "unknown";
 }
 
 std::vector<uint8_t> read_file(const std::string &path) {
     std::ifstream in(path, std::ios::binary);
-    if (!in)
-        throw Failure(path + ": cannot open: " + std::strerror(errno));
+    if (!in) throw Failure(path + ": cannot open: " + std::strerror(errno));
     return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)),
                                 std::istreambuf_iterator<char>());
 }
 
 void write_file(const std::string &path, const std::vector<uint8_t> &bytes) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    if (!out)
-        throw Failure(path + ": cannot create: " + std::strerror(errno));
+    if (!out) throw Failure(path + ": cannot create: " + std::strerror(errno));
     out.write(reinterpret_cast<const char *>(bytes.data()), std::streamsize(bytes.size()));
-    if (!out)
-        throw Failure(path + ": write failed");
+    if (!out) throw Failure(path + ": write failed");
 }
 
 } // namespace cli

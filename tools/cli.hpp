@@ -18,7 +18,7 @@ struct Failure : std::runtime_error {
 
 // The arguments after the command words, consumed front to back.
 class Args {
-  public:
+public:
     Args(std::vector<std::string> words) : words_(std::move(words)) {}
     bool empty() const { return pos_ >= words_.size(); }
     bool wants_help() const;
@@ -35,7 +35,7 @@ class Args {
     // Fails when unconsumed words remain.
     void finish() const;
 
-  private:
+private:
     std::vector<std::string> words_;
     size_t pos_ = 0;
 };

@@ -13,15 +13,15 @@ namespace {
 
 uint32_t format_option(cli::Args &args) {
     const auto v = args.option("--format");
-    if (v.empty())
-        return VEXO_CORR_FORMAT_AUTO;
+    if (v.empty()) return VEXO_CORR_FORMAT_AUTO;
     const long n = cli::to_long(v[0], "--format");
-    if (n < 1 || n > 11)
-        throw cli::Failure("--format must be 1..11, not " + v[0]);
+    if (n < 1 || n > 11) throw cli::Failure("--format must be 1..11, not " + v[0]);
     return uint32_t(n);
 }
 
-double percent_of_field(double units) { return 100.0 * units / kFieldUnits; }
+double percent_of_field(double units) {
+    return 100.0 * units / kFieldUnits;
+}
 
 int corr_info(cli::Args &args) {
     const uint32_t format = format_option(args);
@@ -53,8 +53,7 @@ std::vector<double> split_numbers(const std::string &text, size_t count, const c
     std::vector<double> out;
     std::stringstream in(text);
     std::string item;
-    while (std::getline(in, item, ','))
-        out.push_back(cli::to_double(item, what));
+    while (std::getline(in, item, ',')) out.push_back(cli::to_double(item, what));
     if (out.size() != count)
         throw cli::Failure(std::string(what) + " needs " + std::to_string(count) +
                            " comma-separated numbers, not '" + text + "'");
@@ -90,8 +89,7 @@ void apply_adjustments(const std::vector<std::string> &words, CorrTable &table) 
         } else {
             throw cli::Failure("unexpected argument '" + w + "'");
         }
-        if (status != VEXO_OK)
-            throw cli::Failure(w + " failed: " + cli::status_name(status));
+        if (status != VEXO_OK) throw cli::Failure(w + " failed: " + cli::status_name(status));
     }
 }
 
@@ -145,8 +143,7 @@ int corr_sample(cli::Args &args) {
     const double f = focal.empty() ? 163.0 : cli::to_double(focal[0], "FOCAL");
     const double field = focal.empty() ? 110.0 : cli::to_double(focal[1], "FIELD");
     const uint32_t status = vexo_corr_set_focal(t.get(), f, field, field);
-    if (status != VEXO_OK)
-        throw cli::Failure("--focal failed: " + cli::status_name(status));
+    if (status != VEXO_OK) throw cli::Failure("--focal failed: " + cli::status_name(status));
     save_table(out, *t, CorrHead{}, field);
     std::printf("sample table written to %s\n", out.c_str());
     return 0;
@@ -175,6 +172,8 @@ CommandGroup corr_group() {
     return make_group("corr", "correction tables", kCorrCommands);
 }
 
-uint32_t corr_format_option(cli::Args &args) { return format_option(args); }
+uint32_t corr_format_option(cli::Args &args) {
+    return format_option(args);
+}
 
 } // namespace tool

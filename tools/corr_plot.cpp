@@ -18,10 +18,10 @@ namespace {
 constexpr int kSubpixelBits = 4;
 
 struct Canvas {
-    int size;       // square plot area in pixels
-    int margin;     // around the plot area
-    int legend;     // width of the z legend on the right
-    int caption;    // height of the caption below
+    int size;    // square plot area in pixels
+    int margin;  // around the plot area
+    int legend;  // width of the z legend on the right
+    int caption; // height of the caption below
 
     // Output units to pixels in 1/16 steps (drawn with kSubpixelBits), so
     // smooth grids do not zigzag on whole pixels; Y grows upwards.
@@ -79,8 +79,8 @@ void draw_legend(cv::Mat3b &img, const Canvas &cv, double z_min, double z_max) {
     cv::putText(img, text, {x0, top - 6}, cv::FONT_HERSHEY_SIMPLEX, font, {40, 40, 40}, 1,
                 cv::LINE_AA);
     std::snprintf(text, sizeof text, "z %.1f", z_min);
-    cv::putText(img, text, {x0, top + height + 16}, cv::FONT_HERSHEY_SIMPLEX, font,
-                {40, 40, 40}, 1, cv::LINE_AA);
+    cv::putText(img, text, {x0, top + height + 16}, cv::FONT_HERSHEY_SIMPLEX, font, {40, 40, 40}, 1,
+                cv::LINE_AA);
 }
 
 } // namespace
@@ -92,16 +92,14 @@ int corr_plot(cli::Args &args) {
     const std::string path = args.next("FILE"), out = args.next("OUT.png");
     args.finish();
     const long size = px.empty() ? 800 : cli::to_long(px[0], "--size");
-    if (size < 200 || size > 8000)
-        throw cli::Failure("--size must be 200..8000 pixels");
+    if (size < 200 || size > 8000) throw cli::Failure("--size must be 200..8000 pixels");
 
     const LoadedTable loaded = load_table(path, format);
     const Table neutral = neutral_table();
     const TableStats s = measure(*loaded.table);
     // By default the largest displacement is drawn as 5 % of the field.
     double k = s.max_deviation > 0 ? std::max(1.0, 0.05 * kFieldUnits / s.max_deviation) : 1.0;
-    if (!ex.empty())
-        k = cli::to_double(ex[0], "--exaggerate");
+    if (!ex.empty()) k = cli::to_double(ex[0], "--exaggerate");
 
     // A square picture of the requested size: plot area, legend to the
     // right, caption below.
@@ -126,8 +124,7 @@ int corr_plot(cli::Args &args) {
     } catch (const cv::Exception &e) {
         throw cli::Failure(out + ": cannot write the picture: " + e.what());
     }
-    if (!written)
-        throw cli::Failure(out + ": cannot write the picture (use a .png name)");
+    if (!written) throw cli::Failure(out + ": cannot write the picture (use a .png name)");
     std::printf("plot of %s written to %s (%dx%d)\n", path.c_str(), out.c_str(), img.cols,
                 img.rows);
     return 0;

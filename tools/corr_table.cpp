@@ -26,10 +26,10 @@ LoadedTable load_table(const std::string &path, uint32_t format) {
 namespace {
 bool ends_with(const std::string &s, const char *suffix) {
     const std::string x(suffix);
-    if (s.size() < x.size())
-        return false;
-    return std::equal(x.rbegin(), x.rend(), s.rbegin(),
-                      [](char a, char b) { return a == std::tolower(static_cast<unsigned char>(b)); });
+    if (s.size() < x.size()) return false;
+    return std::equal(x.rbegin(), x.rend(), s.rbegin(), [](char a, char b) {
+        return a == std::tolower(static_cast<unsigned char>(b));
+    });
 }
 } // namespace
 
@@ -44,8 +44,7 @@ void save_table(const std::string &path, const CorrTable &table, const CorrHead 
         status = vexo_corr_save_cor(&table, path.c_str(), field_mm > 0 ? 65536.0 / field_mm : 0.0);
     else
         throw cli::Failure(path + ": cannot write this kind of file (use .kxo, .ctb or .cor)");
-    if (status != VEXO_OK)
-        throw cli::Failure(path + ": cannot write: " + cli::status_name(status));
+    if (status != VEXO_OK) throw cli::Failure(path + ": cannot write: " + cli::status_name(status));
 }
 
 TableStats measure(const CorrTable &table) {
@@ -65,10 +64,8 @@ TableStats measure(const CorrTable &table) {
             const double d = std::hypot(p.x - n.x, p.y - n.y);
             s.max_deviation = std::max(s.max_deviation, d);
             sum_sq += d * d;
-            if (c > 0 && !(p.x > table.cell[r * 65 + c - 1].x))
-                s.rows_monotonic = false;
-            if (r > 0 && !(p.y > table.cell[(r - 1) * 65 + c].y))
-                s.columns_monotonic = false;
+            if (c > 0 && !(p.x > table.cell[r * 65 + c - 1].x)) s.rows_monotonic = false;
+            if (r > 0 && !(p.y > table.cell[(r - 1) * 65 + c].y)) s.columns_monotonic = false;
         }
     s.rms_deviation = std::sqrt(sum_sq / 4225.0);
     return s;

@@ -12,8 +12,8 @@ using Table = std::unique_ptr<CorrTable>;
 
 struct LoadedTable {
     Table table;
-    uint32_t format;  // the format it was read as
-    CorrHead head;    // the header that came with it (zero unless kxo)
+    uint32_t format; // the format it was read as
+    CorrHead head;   // the header that came with it (zero unless kxo)
 };
 
 Table neutral_table();
@@ -25,7 +25,7 @@ void save_table(const std::string &path, const CorrTable &table, const CorrHead 
 
 struct TableStats {
     double min_x, max_x, min_y, max_y, min_z, max_z;
-    double max_deviation;  // largest distance of a node from its neutral place
+    double max_deviation; // largest distance of a node from its neutral place
     double rms_deviation;
     bool rows_monotonic;    // x grows along every row
     bool columns_monotonic; // y grows along every column

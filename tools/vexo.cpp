@@ -37,12 +37,10 @@ int main(int argc, char **argv) {
         return 0;
     }
     for (const tool::CommandGroup &g : groups) {
-        if (g.name != std::string(argv[1]))
-            continue;
+        if (g.name != std::string(argv[1])) continue;
         for (size_t c = 0; argc > 2 && c < g.count; ++c) {
             const tool::Command &cmd = g.commands[c];
-            if (cmd.name != std::string(argv[2]))
-                continue;
+            if (cmd.name != std::string(argv[2])) continue;
             cli::Args args(std::vector<std::string>(argv + 3, argv + argc));
             if (args.wants_help()) {
                 std::printf("usage: vexo %s %s %s\n%s\n", g.name, cmd.name, cmd.usage, cmd.summary);

@@ -33,8 +33,7 @@ Block read_picture(const std::string &path) {
         img = cv::imread(path, cv::IMREAD_COLOR);
     } catch (const cv::Exception &) {
     }
-    if (img.empty())
-        throw cli::Failure(path + ": cannot read the picture (PNG or JPEG expected)");
+    if (img.empty()) throw cli::Failure(path + ": cannot read the picture (PNG or JPEG expected)");
     Block b{std::vector<uint8_t>(32 + size_t(img.cols) * img.rows * 3), img.cols, img.rows};
     b.bytes[8] = VEXO_IMAGE_KIND;
     b.bytes[9] = IMAGE_FORMAT_RGB24;
@@ -70,7 +69,8 @@ int calib_board(cli::Args &args) {
     CalibrationRecord rec;
     std::memset(&rec, 0, sizeof rec);
     int32_t found = 0;
-    int32_t *corners = vexo_calib_gen_correction(b.get(), int32_t(cols), int32_t(rows), &rec, &found);
+    int32_t *corners =
+        vexo_calib_gen_correction(b.get(), int32_t(cols), int32_t(rows), &rec, &found);
     if (!corners)
         throw cli::Failure(image + ": chessboard of " + std::to_string(cols) + "x" +
                            std::to_string(rows) + " inner corners not found (" +
@@ -91,9 +91,8 @@ int calib_apply(cli::Args &args) {
     args.finish();
     const CalibrationRecord rec = read_record(rec_path);
     std::unique_ptr<Calibrator, void (*)(Calibrator *)> cal(vexo_calib_create_calibrator(&rec),
-                                                           vexo_calib_release_calibrator);
-    if (!cal)
-        throw cli::Failure(rec_path + ": cannot create a calibrator");
+                                                            vexo_calib_release_calibrator);
+    if (!cal) throw cli::Failure(rec_path + ": cannot create a calibrator");
     Block b = read_picture(image);
     const int32_t status = vexo_calib_start_calibrator(cal.get(), b.get());
     if (status != int32_t(VEXO_OK))
@@ -101,8 +100,7 @@ int calib_apply(cli::Args &args) {
     const int w = std::min(std::clamp(rec.width, 80, 8192), b.width);
     const int h = std::min(std::clamp(rec.height, 60, 8192), b.height);
     cv::Mat grey(h, w, CV_8UC1, b.bytes.data() + 32);
-    if (!cv::imwrite(out, grey))
-        throw cli::Failure(out + ": cannot write the picture");
+    if (!cv::imwrite(out, grey)) throw cli::Failure(out + ": cannot write the picture");
     std::printf("corrected %dx%d picture written to %s\n", w, h, out.c_str());
     return 0;
 }
@@ -124,16 +122,19 @@ int pattern_teach(cli::Args &args) {
     const std::string image = args.next("IMAGE");
     int32_t box[4];
     const char *names[4] = {"LEFT", "TOP", "RIGHT", "BOTTOM"};
-    for (int i = 0; i < 4; ++i)
-        box[i] = int32_t(cli::to_long(args.next(names[i]), names[i]));
+    for (int i = 0; i < 4; ++i) box[i] = int32_t(cli::to_long(args.next(names[i]), names[i]));
     const std::string out = args.next("OUT.kp");
     args.finish();
     uint32_t options = RECOGNISER_POSITION | RECOGNISER_ROTATION;
     if (!det.empty()) {
-        if (det[0] == "sift") options |= RECOGNISER_SIFT;
-        else if (det[0] == "surf") options |= RECOGNISER_SURF;
-        else if (det[0] == "orb") options |= RECOGNISER_ORB;
-        else throw cli::Failure("--detector must be sift, surf or orb");
+        if (det[0] == "sift")
+            options |= RECOGNISER_SIFT;
+        else if (det[0] == "surf")
+            options |= RECOGNISER_SURF;
+        else if (det[0] == "orb")
+            options |= RECOGNISER_ORB;
+        else
+            throw cli::Failure("--detector must be sift, surf or orb");
     }
     Block b = read_picture(image);
     int32_t count = 0;
@@ -146,7 +147,9 @@ int pattern_teach(cli::Args &args) {
     }
     write_keypoints(out, options, kp, count);
     vexo_prcg_release_keypoints(kp);
-    const char *name = (options & RECOGNISER_SIFT) ? "SIFT" : (options & RECOGNISER_SURF) ? "SURF" : "ORB";
+    const char *name = (options & RECOGNISER_SIFT)   ? "SIFT"
+                       : (options & RECOGNISER_SURF) ? "SURF"
+                                                     : "ORB";
     std::printf("%d %s keypoints written to %s\n", count, name, out.c_str());
     return 0;
 }
@@ -173,14 +176,13 @@ int pattern_find(cli::Args &args) {
     std::unique_ptr<Recogniser, void (*)(Recogniser *)> rec(
         vexo_prcg_create_recogniser(kp.data(), count, options, reference.get(), 0, 0),
         vexo_prcg_release_recogniser);
-    if (!rec)
-        throw cli::Failure(kp_path + ": cannot create a recogniser from these keypoints");
+    if (!rec) throw cli::Failure(kp_path + ": cannot create a recogniser from these keypoints");
     Block frame = read_picture(image);
     RecognitionResult result{};
     vexo_prcg_start_recogniser(rec.get(), frame.get(), &result);
     if (result.status != int32_t(VEXO_OK))
-        throw cli::Failure(image + ": pattern not found: " +
-                           cli::status_name(uint32_t(result.status)));
+        throw cli::Failure(image +
+                           ": pattern not found: " + cli::status_name(uint32_t(result.status)));
     std::printf("x %.2f  y %.2f  rotation %.2f\n", result.x, result.y, result.rotation);
     return 0;
 }

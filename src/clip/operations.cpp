@@ -68,8 +68,7 @@ uint32_t clip_boolean(ClipHandle *clip, const GeomPoint *points, uint32_t count,
 
 uint32_t clip_outline(ClipHandle *clip, uint32_t mode, double distance) {
     ClipperLib::JoinType join;
-    if (!choose_join(mode, &join))
-        return VEXO_ERROR_INVALID_PARAMETER;
+    if (!choose_join(mode, &join)) return VEXO_ERROR_INVALID_PARAMETER;
     if (!(std::fabs(distance) <= kMaxOutlineDistance) || !subject_in_range(clip->subject))
         return VEXO_ERROR_INVALID_PARAMETER;
 

@@ -18,16 +18,14 @@ void PathSet::clear() {
 bool PathSet::has_height() const {
     for (const auto &path : z)
         for (cInt h : path)
-            if (h != 0)
-                return true;
+            if (h != 0) return true;
     return false;
 }
 
 bool to_grid(double value, cInt *grid) {
     const double scaled = value * kClipScale;
     // -2^63 is representable and in range; 2^63 is the first value beyond.
-    if (!(scaled >= -9223372036854775808.0 && scaled < 9223372036854775808.0))
-        return false;
+    if (!(scaled >= -9223372036854775808.0 && scaled < 9223372036854775808.0)) return false;
     *grid = static_cast<cInt>(scaled);
     return true;
 }
@@ -40,10 +38,8 @@ bool cut_into_paths(const GeomPoint *points, uint32_t count, bool flat, PathSet 
     for (uint32_t i = 0; i < converted; ++i) {
         IntPoint vertex;
         cInt height = 0;
-        if (!to_grid(points[i].x, &vertex.X) || !to_grid(points[i].y, &vertex.Y))
-            return false;
-        if (!flat && !to_grid(points[i].z, &height))
-            return false;
+        if (!to_grid(points[i].x, &vertex.X) || !to_grid(points[i].y, &vertex.Y)) return false;
+        if (!flat && !to_grid(points[i].z, &height)) return false;
         out->xy.back().push_back(vertex);
         out->z.back().push_back(height);
         if (points[i].flags & VEXO_POINT_END) {
@@ -60,25 +56,23 @@ namespace {
 // probing in one flat array, since one lookup per result point must stay
 // cheap next to the clipping itself (a node-based map costs a third on top).
 class HeightTable {
-  public:
+public:
     // Only vertices inside Clipper's range reach the table (it throws on any
     // other before a result exists), so the lowest int64 marks a free slot.
     explicit HeightTable(size_t vertices) : slots_(vertices + vertices / 2 + 16) {}
 
     // The first vertex at a position keeps it.
     void add_path(const ClipperLib::Path &path, const std::vector<cInt> &z) {
-        for (size_t i = 0; i < path.size(); ++i)
-            add(path[i], z[i]);
+        for (size_t i = 0; i < path.size(); ++i) add(path[i], z[i]);
     }
 
     // 0 for a position no input vertex had.
     void find_path(const ClipperLib::Path &path, std::vector<cInt> *z) const {
         z->resize(path.size());
-        for (size_t i = 0; i < path.size(); ++i)
-            (*z)[i] = find(path[i]);
+        for (size_t i = 0; i < path.size(); ++i) (*z)[i] = find(path[i]);
     }
 
-  private:
+private:
     static constexpr cInt kFree = INT64_MIN;
     struct Slot {
         cInt x = kFree, y = 0, z = 0;
@@ -87,8 +81,7 @@ class HeightTable {
     void add(const IntPoint &v, cInt z) {
         size_t i = home(v);
         while (slots_[i].x != kFree) {
-            if (slots_[i].x == v.X && slots_[i].y == v.Y)
-                return;
+            if (slots_[i].x == v.X && slots_[i].y == v.Y) return;
             i = next(i);
         }
         slots_[i] = Slot{v.X, v.Y, z};
@@ -96,8 +89,7 @@ class HeightTable {
 
     cInt find(const IntPoint &v) const {
         for (size_t i = home(v); slots_[i].x != kFree; i = next(i))
-            if (slots_[i].x == v.X && slots_[i].y == v.Y)
-                return slots_[i].z;
+            if (slots_[i].x == v.X && slots_[i].y == v.Y) return slots_[i].z;
         return 0;
     }
 
@@ -106,8 +98,7 @@ class HeightTable {
         const uint64_t h = mix(mix(static_cast<uint64_t>(v.X)) ^ static_cast<uint64_t>(v.Y));
         // Scaled onto the table by a multiply instead of a division.
         const uint64_t size = slots_.size();
-        if (size <= UINT32_MAX)
-            return static_cast<size_t>(((h >> 32) * size) >> 32);
+        if (size <= UINT32_MAX) return static_cast<size_t>(((h >> 32) * size) >> 32);
         return static_cast<size_t>(h % size);
     }
 
@@ -126,14 +117,12 @@ class HeightTable {
 
 size_t vertex_count(const PathSet &set) {
     size_t n = 0;
-    for (const auto &path : set.xy)
-        n += path.size();
+    for (const auto &path : set.xy) n += path.size();
     return n;
 }
 
 void add_vertices(const PathSet &set, HeightTable *table) {
-    for (size_t p = 0; p < set.xy.size(); ++p)
-        table->add_path(set.xy[p], set.z[p]);
+    for (size_t p = 0; p < set.xy.size(); ++p) table->add_path(set.xy[p], set.z[p]);
 }
 
 } // namespace
@@ -152,8 +141,7 @@ void carry_heights(const PathSet &first, const PathSet *second, PathSet *solutio
     }
     HeightTable table(vertex_count(first) + (second_has ? vertex_count(*second) : 0));
     add_vertices(first, &table);
-    if (second_has)
-        add_vertices(*second, &table);
+    if (second_has) add_vertices(*second, &table);
     solution->z.resize(solution->xy.size());
     for (size_t p = 0; p < solution->xy.size(); ++p)
         table.find_path(solution->xy[p], &solution->z[p]);
@@ -175,13 +163,11 @@ struct HeightSource {
 
 HeightSource height_source(const PathSet &list, const PathSet &subject) {
     HeightSource source;
-    if (!list.z.empty() && !list.z[0].empty())
-        source.fallback = list.z[0][0];
+    if (!list.z.empty() && !list.z[0].empty()) source.fallback = list.z[0][0];
     source.closing = source.fallback;
     if (!subject.z.empty()) {
         source.by_index = &subject.z[0];
-        if (!subject.z[0].empty())
-            source.closing = subject.z[0][0];
+        if (!subject.z[0].empty()) source.closing = subject.z[0][0];
     }
     return source;
 }
@@ -198,27 +184,22 @@ GeomPoint grid_point(const IntPoint &v, double z, uint32_t flags) {
 
 bool append_path(const ClipperLib::Path &path, const HeightSource &heights, PointSink *sink) {
     for (size_t i = 0; i < path.size(); ++i)
-        if (!sink->push(grid_point(path[i], heights.at(i), 0)))
-            return false;
+        if (!sink->push(grid_point(path[i], heights.at(i), 0))) return false;
     const double closing_z = static_cast<double>(heights.closing) / kClipScale;
     return sink->push(grid_point(path.front(), closing_z, VEXO_POINT_END));
 }
 
 } // namespace
 
-GeomPoint *to_point_array(const PathSet &list, const PathSet &subject,
-                          uint32_t *count) noexcept {
+GeomPoint *to_point_array(const PathSet &list, const PathSet &subject, uint32_t *count) noexcept {
     *count = 0;
     const HeightSource heights = height_source(list, subject);
     PointSink sink;
     for (const auto &path : list.xy) {
-        if (path.empty())
-            continue;
-        if (!append_path(path, heights, &sink))
-            return nullptr;
+        if (path.empty()) continue;
+        if (!append_path(path, heights, &sink)) return nullptr;
     }
-    if (sink.size() == 0)
-        return nullptr;
+    if (sink.size() == 0) return nullptr;
     return sink.release(count);
 }
 

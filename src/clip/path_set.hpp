@@ -50,7 +50,6 @@ void flat_heights(PathSet *solution);
 // point index; a point beyond that path (or an empty path 0) takes the first
 // vertex of `list`.  NULL with *count = 0 when nothing is produced or memory
 // runs out.
-GeomPoint *to_point_array(const PathSet &list, const PathSet &subject,
-                          uint32_t *count) noexcept;
+GeomPoint *to_point_array(const PathSet &list, const PathSet &subject, uint32_t *count) noexcept;
 
 } // namespace vexo

@@ -13,36 +13,37 @@ VEXO_API GeomPoint *vexo_geom_realloc(GeomPoint *buffer, uint32_t count) {
     return vexo::realloc_exact(buffer, count);
 }
 
-VEXO_API GeomPoint *vexo_geom_realloc_fast(GeomPoint *buffer, uint32_t count,
-                                           uint32_t *capacity) {
+VEXO_API GeomPoint *vexo_geom_realloc_fast(GeomPoint *buffer, uint32_t count, uint32_t *capacity) {
     return vexo::realloc_headroom(buffer, count, capacity);
 }
 
-VEXO_API void vexo_geom_release(GeomPoint *buffer) { std::free(buffer); }
+VEXO_API void vexo_geom_release(GeomPoint *buffer) {
+    std::free(buffer);
+}
 
 VEXO_API void *vexo_geom_pair_realloc(void *buffer, uint32_t count) {
-    if (count == 0)
-        return nullptr;
-    if (sizeof(size_t) < 8 && uint64_t{count} * kPairRecordSize > SIZE_MAX)
-        return nullptr;
+    if (count == 0) return nullptr;
+    if (sizeof(size_t) < 8 && uint64_t{count} * kPairRecordSize > SIZE_MAX) return nullptr;
     return std::realloc(buffer, size_t{count} * kPairRecordSize);
 }
 
-VEXO_API void vexo_geom_pair_release(void *buffer) { std::free(buffer); }
+VEXO_API void vexo_geom_pair_release(void *buffer) {
+    std::free(buffer);
+}
 
-VEXO_API GeomPoint *vexo_geom_append(GeomPoint *buffer, uint32_t count,
-                                     const GeomPoint *source, uint32_t n, double dx,
-                                     double dy, double dz) {
+VEXO_API GeomPoint *vexo_geom_append(GeomPoint *buffer, uint32_t count, const GeomPoint *source,
+                                     uint32_t n, double dx, double dy, double dz) {
     return vexo::append_points(buffer, count, source, n, dx, dy, dz);
 }
 
 VEXO_API GeomPoint *vexo_geom_append_fast(GeomPoint *buffer, uint32_t count,
-                                          const GeomPoint *source, uint32_t n,
-                                          uint32_t *capacity) {
+                                          const GeomPoint *source, uint32_t n, uint32_t *capacity) {
     return vexo::append_points_headroom(buffer, count, source, n, capacity);
 }
 
-VEXO_API uint32_t vexo_util_version_number(void) { return VEXO_VERSION_NUMBER; }
+VEXO_API uint32_t vexo_util_version_number(void) {
+    return VEXO_VERSION_NUMBER;
+}
 
 VEXO_API const char *vexo_util_version_string(void) {
 #define VEXO_STR2(x) #x

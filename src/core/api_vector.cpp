@@ -13,8 +13,7 @@ constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 extern "C" {
 
 VEXO_API void vexo_vector2d_normalise(double *v) {
-    if (v)
-        vexo::normalise2(v);
+    if (v) vexo::normalise2(v);
 }
 
 VEXO_API double vexo_vector2d_dotproduct(const double *a, const double *b) {
@@ -46,18 +45,15 @@ VEXO_API double vexo_vector2d_is_ccw(const double *a, const double *b) {
 }
 
 VEXO_API void vexo_vector3d_crossproduct(const double *a, const double *b, double *out) {
-    if (a && b && out)
-        vexo::cross3(a, b, out);
+    if (a && b && out) vexo::cross3(a, b, out);
 }
 
 VEXO_API void vexo_vector3d_rotate_z(double *v, double angle) {
-    if (v)
-        vexo::rotate_z3(v, angle);
+    if (v) vexo::rotate_z3(v, angle);
 }
 
 VEXO_API void vexo_vector3d_normalise(double *v) {
-    if (v)
-        vexo::normalise3(v);
+    if (v) vexo::normalise3(v);
 }
 
 VEXO_API double vexo_vector3d_length(const double *v) {
@@ -68,11 +64,9 @@ VEXO_API double vexo_vector3d_angle(const double *a, const double *b) {
     return (a && b) ? vexo::angle3(a, b) : kNoValue;
 }
 
-VEXO_API uint8_t vexo_vec_line_to_dot_is_dist(const double *a, const double *b,
-                                              const double *p, double tolerance,
-                                              uint32_t axes) {
-    if (!a || !b || !p)
-        return 0;
+VEXO_API uint8_t vexo_vec_line_to_dot_is_dist(const double *a, const double *b, const double *p,
+                                              double tolerance, uint32_t axes) {
+    if (!a || !b || !p) return 0;
     return vexo::segment_near_dot(a, b, p, tolerance, axes) ? 1 : 0;
 }
 

@@ -22,8 +22,7 @@ uint32_t guard_status(F &&work, uint32_t on_other_error = VEXO_ERROR_INVALID_PAR
     }
 }
 
-template <class T, class F>
-T guard_value(F &&work, T on_error) noexcept {
+template <class T, class F> T guard_value(F &&work, T on_error) noexcept {
     try {
         return work();
     } catch (...) {
@@ -31,8 +30,7 @@ T guard_value(F &&work, T on_error) noexcept {
     }
 }
 
-template <class F>
-void guard_void(F &&work) noexcept {
+template <class F> void guard_void(F &&work) noexcept {
     try {
         work();
     } catch (...) {

@@ -7,23 +7,33 @@
 
 namespace vexo {
 
-inline uint16_t load_be16(const uint8_t *p) { return static_cast<uint16_t>((p[0] << 8) | p[1]); }
+inline uint16_t load_be16(const uint8_t *p) {
+    return static_cast<uint16_t>((p[0] << 8) | p[1]);
+}
 inline uint32_t load_be32(const uint8_t *p) {
     return (uint32_t{p[0]} << 24) | (uint32_t{p[1]} << 16) | (uint32_t{p[2]} << 8) | uint32_t{p[3]};
 }
 inline uint64_t load_be64(const uint8_t *p) {
     return (uint64_t{load_be32(p)} << 32) | load_be32(p + 4);
 }
-inline uint16_t load_le16(const uint8_t *p) { return static_cast<uint16_t>(p[0] | (p[1] << 8)); }
+inline uint16_t load_le16(const uint8_t *p) {
+    return static_cast<uint16_t>(p[0] | (p[1] << 8));
+}
 inline uint32_t load_le32(const uint8_t *p) {
     return uint32_t{p[0]} | (uint32_t{p[1]} << 8) | (uint32_t{p[2]} << 16) | (uint32_t{p[3]} << 24);
 }
 inline uint64_t load_le64(const uint8_t *p) {
     return uint64_t{load_le32(p)} | (uint64_t{load_le32(p + 4)} << 32);
 }
-inline int16_t load_le_i16(const uint8_t *p) { return static_cast<int16_t>(load_le16(p)); }
-inline int32_t load_le_i32(const uint8_t *p) { return static_cast<int32_t>(load_le32(p)); }
-inline int32_t load_be_i32(const uint8_t *p) { return static_cast<int32_t>(load_be32(p)); }
+inline int16_t load_le_i16(const uint8_t *p) {
+    return static_cast<int16_t>(load_le16(p));
+}
+inline int32_t load_le_i32(const uint8_t *p) {
+    return static_cast<int32_t>(load_le32(p));
+}
+inline int32_t load_be_i32(const uint8_t *p) {
+    return static_cast<int32_t>(load_be32(p));
+}
 inline float load_le_f32(const uint8_t *p) {
     uint32_t bits = load_le32(p);
     float v;

@@ -13,9 +13,13 @@ constexpr double kTwoPiF = 6.2831854820251465;
 constexpr double kZeroTolerance = 1e-7;
 
 // Degrees to radians as the library has always converted them.
-inline double degrees_to_radians(double degrees) { return degrees / 360.0 * kTwoPiF; }
+inline double degrees_to_radians(double degrees) {
+    return degrees / 360.0 * kTwoPiF;
+}
 
 // Radians to degrees with the single-precision pi.
-inline double radians_to_degrees(double radians) { return radians * 0.5 / kPiF * 360.0; }
+inline double radians_to_degrees(double radians) {
+    return radians * 0.5 / kPiF * 360.0;
+}
 
 } // namespace vexo

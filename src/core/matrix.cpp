@@ -12,14 +12,12 @@
 namespace vexo {
 
 void set_identity(double *m) {
-    for (int i = 0; i < kMatrixSize; ++i)
-        m[i] = (i % 5 == 0) ? 1.0 : 0.0;
+    for (int i = 0; i < kMatrixSize; ++i) m[i] = (i % 5 == 0) ? 1.0 : 0.0;
 }
 
 bool matrices_equal(const double *a, const double *b) {
     for (int i = 0; i < kMatrixSize; ++i)
-        if (!(a[i] == b[i]))
-            return false;
+        if (!(a[i] == b[i])) return false;
     return true;
 }
 
@@ -39,8 +37,7 @@ void multiply(const double *a, double *b) {
     for (int i = 0; i < 4; ++i) {
         for (int j = 0; j < 4; ++j) {
             double sum = 0.0;
-            for (int k = 0; k < 4; ++k)
-                sum += a[4 * i + k] * b[4 * k + j];
+            for (int k = 0; k < 4; ++k) sum += a[4 * i + k] * b[4 * k + j];
             product[4 * i + j] = sum;
         }
     }
@@ -55,11 +52,9 @@ double minor3(const double *m, int row, int col) {
     double r[9];
     int n = 0;
     for (int i = 0; i < 4; ++i) {
-        if (i == row)
-            continue;
+        if (i == row) continue;
         for (int j = 0; j < 4; ++j)
-            if (j != col)
-                r[n++] = m[4 * i + j];
+            if (j != col) r[n++] = m[4 * i + j];
     }
     return r[0] * (r[4] * r[8] - r[5] * r[7]) - r[1] * (r[3] * r[8] - r[5] * r[6]) +
            r[2] * (r[3] * r[7] - r[4] * r[6]);
@@ -73,8 +68,7 @@ double cofactor(const double *m, int row, int col) {
 // Expanded along the first column.
 double determinant(const double *m) {
     double det = 0.0;
-    for (int row = 0; row < 4; ++row)
-        det += m[4 * row] * cofactor(m, row, 0);
+    for (int row = 0; row < 4; ++row) det += m[4 * row] * cofactor(m, row, 0);
     return det;
 }
 
@@ -82,18 +76,15 @@ double determinant(const double *m) {
 
 void invert(double *m) {
     const double det = determinant(m);
-    if (det == 0.0)
-        return; // singular: callers keep their matrix, nothing is reported
+    if (det == 0.0) return; // singular: callers keep their matrix, nothing is reported
     double copy[kMatrixSize];
     std::memcpy(copy, m, sizeof copy);
     for (int i = 0; i < 4; ++i)
-        for (int j = 0; j < 4; ++j)
-            m[4 * i + j] = cofactor(copy, j, i) / det;
+        for (int j = 0; j < 4; ++j) m[4 * i + j] = cofactor(copy, j, i) / det;
 }
 
 void translate(double *m, double dx, double dy, double dz) {
-    if (dx == 0.0 && dy == 0.0 && dz == 0.0)
-        return;
+    if (dx == 0.0 && dy == 0.0 && dz == 0.0) return;
     double t[kMatrixSize];
     set_identity(t);
     t[3] = dx;
@@ -152,17 +143,12 @@ void rotate_elementary(double *m, Axis axis, double degrees) {
 } // namespace
 
 void rotate(double *m, const double *centre, double ax, double ay, double az) {
-    if (centre)
-        translate(m, -centre[0], -centre[1], -centre[2]);
+    if (centre) translate(m, -centre[0], -centre[1], -centre[2]);
     // Fixed order X, Y, Z; a NaN angle is "not 0" and poisons the matrix.
-    if (ax != 0.0)
-        rotate_elementary(m, Axis::X, ax);
-    if (ay != 0.0)
-        rotate_elementary(m, Axis::Y, ay);
-    if (az != 0.0)
-        rotate_elementary(m, Axis::Z, az);
-    if (centre)
-        translate(m, centre[0], centre[1], centre[2]);
+    if (ax != 0.0) rotate_elementary(m, Axis::X, ax);
+    if (ay != 0.0) rotate_elementary(m, Axis::Y, ay);
+    if (az != 0.0) rotate_elementary(m, Axis::Z, az);
+    if (centre) translate(m, centre[0], centre[1], centre[2]);
 }
 
 void rotate_about_axis(double *m, const double *axis, double degrees) {
@@ -177,10 +163,22 @@ void rotate_about_axis(double *m, const double *axis, double degrees) {
     normalise3(u);
     const double x = u[0], y = u[1], z = u[2];
     const double r[kMatrixSize] = {
-        x * x * t + c,     x * y * t - z * s, x * z * t + y * s, 0.0,
-        x * y * t + z * s, y * y * t + c,     y * z * t - x * s, 0.0,
-        x * z * t - y * s, y * z * t + x * s, z * z * t + c,     0.0,
-        0.0,               0.0,               0.0,               1.0,
+        x * x * t + c,
+        x * y * t - z * s,
+        x * z * t + y * s,
+        0.0,
+        x * y * t + z * s,
+        y * y * t + c,
+        y * z * t - x * s,
+        0.0,
+        x * z * t - y * s,
+        y * z * t + x * s,
+        z * z * t + c,
+        0.0,
+        0.0,
+        0.0,
+        0.0,
+        1.0,
     };
     multiply(r, m);
 }
@@ -227,30 +225,23 @@ double decomposed_degrees(const AngleCandidates &k) {
         const double cosine = use_u ? k.u0 / lu : k.v1 / lv;
         angle = (cosine == -1.0) ? kPiF : std::acos(cosine);
     }
-    if (use_u ? k.negate_u : k.negate_v)
-        angle = -angle;
+    if (use_u ? k.negate_u : k.negate_v) angle = -angle;
     return radians_to_degrees(angle);
 }
 
 } // namespace
 
 void get_scaling(const double *m, double *sx, double *sy, double *sz) {
-    if (sx)
-        *sx = snapped_row_length(m);
-    if (sy)
-        *sy = snapped_row_length(m + 4);
-    if (sz)
-        *sz = snapped_row_length(m + 8);
+    if (sx) *sx = snapped_row_length(m);
+    if (sy) *sy = snapped_row_length(m + 4);
+    if (sz) *sz = snapped_row_length(m + 8);
 }
 
 void get_rotation(const double *m, double *ax, double *ay, double *az) {
-    if (ax)
-        *ax = decomposed_degrees({m[5], m[9], m[6], m[10], m[9] < 0.0, m[6] > 0.0});
+    if (ax) *ax = decomposed_degrees({m[5], m[9], m[6], m[10], m[9]<0.0, m[6]> 0.0});
     // Y's signs are the other way round, matching its transposed sine.
-    if (ay)
-        *ay = decomposed_degrees({m[0], m[8], m[2], m[10], m[8] > 0.0, m[2] < 0.0});
-    if (az)
-        *az = decomposed_degrees({m[0], m[4], m[1], m[5], m[4] < 0.0, m[1] > 0.0});
+    if (ay) *ay = decomposed_degrees({m[0], m[8], m[2], m[10], m[8] > 0.0, m[2] < 0.0});
+    if (az) *az = decomposed_degrees({m[0], m[4], m[1], m[5], m[4]<0.0, m[1]> 0.0});
 }
 
 } // namespace vexo

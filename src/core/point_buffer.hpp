@@ -22,15 +22,15 @@ GeomPoint *resize_points(GeomPoint *buffer, uint64_t count) noexcept;
 
 GeomPoint *realloc_exact(GeomPoint *buffer, uint32_t count) noexcept;
 GeomPoint *realloc_headroom(GeomPoint *buffer, uint32_t count, uint32_t *capacity) noexcept;
-GeomPoint *append_points(GeomPoint *buffer, uint32_t count, const GeomPoint *source,
-                         uint32_t n, double dx, double dy, double dz) noexcept;
+GeomPoint *append_points(GeomPoint *buffer, uint32_t count, const GeomPoint *source, uint32_t n,
+                         double dx, double dy, double dz) noexcept;
 GeomPoint *append_points_headroom(GeomPoint *buffer, uint32_t count, const GeomPoint *source,
                                   uint32_t n, uint32_t *capacity) noexcept;
 
 // Growable output array for code that builds results point by point and
 // hands them to the caller as a C-heap block (growth by the headroom rule).
 class PointSink {
-  public:
+public:
     PointSink() = default;
     PointSink(const PointSink &) = delete;
     PointSink &operator=(const PointSink &) = delete;
@@ -43,7 +43,7 @@ class PointSink {
     // Hands the block to the caller; the sink is empty afterwards.
     GeomPoint *release(uint32_t *count) noexcept;
 
-  private:
+private:
     GeomPoint *points_ = nullptr;
     uint32_t count_ = 0;
     uint32_t capacity_ = 0;

@@ -18,8 +18,8 @@ void compensate_focus(CorrTable &table, double focal_length, double field_size,
 
 // from and to are (x, y) pairs in output units; only the low two bits of
 // mode count.
-void adjust_around(CorrTable &table, const double *from, const double *to,
-                   double radius_factor, int32_t mode) noexcept;
+void adjust_around(CorrTable &table, const double *from, const double *to, double radius_factor,
+                   int32_t mode) noexcept;
 
 // False (table untouched) for a side other than 0..3.
 bool scale_side(CorrTable &table, uint8_t side, double factor) noexcept;

@@ -8,9 +8,9 @@ namespace vexo {
 namespace {
 
 struct Error {
-    double dx, dy;   // to - from
-    double tx, ty;   // to
-    double radius;   // reach of the correction
+    double dx, dy; // to - from
+    double tx, ty; // to
+    double radius; // reach of the correction
 };
 
 // Weight of a node at (x, y): falls linearly from 0.95 at `to` to 0 at the
@@ -19,8 +19,7 @@ bool weight_at(const Error &e, double x, double y, double &weight) {
     const double ex = x - e.tx;
     const double ey = y - e.ty;
     const double rho = std::sqrt(ex * ex + ey * ey);
-    if (!(e.radius > rho))
-        return false;
+    if (!(e.radius > rho)) return false;
     weight = (e.radius - rho) / e.radius * 0.95;
     return true;
 }
@@ -29,8 +28,7 @@ bool weight_at(const Error &e, double x, double y, double &weight) {
 void move_nodes(CorrTable &table, const Error &e) {
     for (GeomPoint &cell : table.cell) {
         double a = 0;
-        if (!weight_at(e, cell.x, cell.y, a))
-            continue;
+        if (!weight_at(e, cell.x, cell.y, a)) continue;
         cell.x -= e.dx * a;
         cell.y -= e.dy * a;
     }
@@ -45,22 +43,19 @@ void move_lines(CorrTable &table, const Error &e, bool rows_in_y, bool columns_i
         for (int r = 0; r < kCorrSide; ++r) {
             const GeomPoint &node = corr_cell(table, r, c);
             double a = 0;
-            if (!weight_at(e, node.x, node.y, a))
-                continue;
+            if (!weight_at(e, node.x, node.y, a)) continue;
             if (rows_in_y)
-                for (int k = 0; k < kCorrSide; ++k)
-                    corr_cell(table, c, k).y -= e.dy * a;
+                for (int k = 0; k < kCorrSide; ++k) corr_cell(table, c, k).y -= e.dy * a;
             if (columns_in_x)
-                for (int k = 0; k < kCorrSide; ++k)
-                    corr_cell(table, k, r).x -= e.dx * a;
+                for (int k = 0; k < kCorrSide; ++k) corr_cell(table, k, r).x -= e.dx * a;
         }
     }
 }
 
 } // namespace
 
-void adjust_around(CorrTable &table, const double *from, const double *to,
-                   double radius_factor, int32_t mode) noexcept {
+void adjust_around(CorrTable &table, const double *from, const double *to, double radius_factor,
+                   int32_t mode) noexcept {
     Error e{};
     e.dx = to[0] - from[0];
     e.dy = to[1] - from[1];

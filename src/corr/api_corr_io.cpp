@@ -9,15 +9,13 @@
 extern "C" {
 
 VEXO_API uint32_t vexo_corr_set_neutral(CorrTable *table) {
-    if (!table)
-        return VEXO_ERROR_INVALID_PARAMETER;
+    if (!table) return VEXO_ERROR_INVALID_PARAMETER;
     vexo::set_neutral(*table);
     return VEXO_OK;
 }
 
 VEXO_API uint32_t vexo_corr_get_corr_head(CorrHead *head) {
-    if (!head)
-        return VEXO_ERROR_INVALID_PARAMETER;
+    if (!head) return VEXO_ERROR_INVALID_PARAMETER;
     *head = vexo::current_corr_head();
     return VEXO_OK;
 }
@@ -25,27 +23,23 @@ VEXO_API uint32_t vexo_corr_get_corr_head(CorrHead *head) {
 VEXO_API uint32_t vexo_corr_load_corr65(CorrTable *table, const char *path, uint32_t format) {
     // The previous load's header goes first, whatever happens next.
     vexo::clear_corr_head();
-    if (!table || !path)
-        return VEXO_ERROR_INVALID_PARAMETER;
+    if (!table || !path) return VEXO_ERROR_INVALID_PARAMETER;
     return vexo::guard_status([&] { return vexo::load_corr_file(*table, path, format); });
 }
 
 VEXO_API uint32_t vexo_corr_save_kxo(const CorrTable *table, const char *path,
                                      const CorrHead *head) {
-    if (!table || !path || !head)
-        return VEXO_ERROR_INVALID_PARAMETER;
+    if (!table || !path || !head) return VEXO_ERROR_INVALID_PARAMETER;
     return vexo::save_kxo(*table, path, *head);
 }
 
 VEXO_API uint32_t vexo_corr_save_ctb(const CorrTable *table, const char *path) {
-    if (!table || !path)
-        return VEXO_ERROR_INVALID_PARAMETER;
+    if (!table || !path) return VEXO_ERROR_INVALID_PARAMETER;
     return vexo::save_ctb(*table, path);
 }
 
 VEXO_API uint32_t vexo_corr_save_cor(const CorrTable *table, const char *path, double scale) {
-    if (!table || !path)
-        return VEXO_ERROR_INVALID_PARAMETER;
+    if (!table || !path) return VEXO_ERROR_INVALID_PARAMETER;
     return vexo::save_cor21(*table, path, scale);
 }
 

@@ -38,31 +38,41 @@ bool replaces_whole_table(uint32_t format) {
 
 uint32_t format_from_path(const char *path) noexcept {
     for (const Extension &ext : kExtensions)
-        if (std::strstr(path, ext.lower) || std::strstr(path, ext.upper))
-            return ext.format;
+        if (std::strstr(path, ext.lower) || std::strstr(path, ext.upper)) return ext.format;
     return 0;
 }
 
 uint32_t parse_corr_bytes(uint32_t format, ByteSpan file, CorrTable &table, CorrHead &head) {
     switch (format) {
-    case VEXO_CORR_FORMAT_UCF: return parse_ucf(file, table);
-    case VEXO_CORR_FORMAT_CTB: return parse_ctb(file, table);
-    case VEXO_CORR_FORMAT_CT5: return parse_ct5(file, table);
-    case VEXO_CORR_FORMAT_GCD: return parse_gcd(file, table);
-    case VEXO_CORR_FORMAT_KXO: return parse_kxo(file, table, head);
-    case VEXO_CORR_FORMAT_XML: return parse_xml(file, table);
-    case VEXO_CORR_FORMAT_TXT: return parse_txt(file, table);
-    case VEXO_CORR_FORMAT_CRT: return parse_crt(file, table);
-    case VEXO_CORR_FORMAT_COR: return parse_cor(file, table);
-    case VEXO_CORR_FORMAT_FCR: return parse_fcr(file, table);
-    case VEXO_CORR_FORMAT_SCOR: return parse_scor(file, table);
-    default: return VEXO_ERROR_UNKNOWN_FORMAT;
+    case VEXO_CORR_FORMAT_UCF:
+        return parse_ucf(file, table);
+    case VEXO_CORR_FORMAT_CTB:
+        return parse_ctb(file, table);
+    case VEXO_CORR_FORMAT_CT5:
+        return parse_ct5(file, table);
+    case VEXO_CORR_FORMAT_GCD:
+        return parse_gcd(file, table);
+    case VEXO_CORR_FORMAT_KXO:
+        return parse_kxo(file, table, head);
+    case VEXO_CORR_FORMAT_XML:
+        return parse_xml(file, table);
+    case VEXO_CORR_FORMAT_TXT:
+        return parse_txt(file, table);
+    case VEXO_CORR_FORMAT_CRT:
+        return parse_crt(file, table);
+    case VEXO_CORR_FORMAT_COR:
+        return parse_cor(file, table);
+    case VEXO_CORR_FORMAT_FCR:
+        return parse_fcr(file, table);
+    case VEXO_CORR_FORMAT_SCOR:
+        return parse_scor(file, table);
+    default:
+        return VEXO_ERROR_UNKNOWN_FORMAT;
     }
 }
 
 uint32_t load_corr_file(CorrTable &table, const char *path, uint32_t format) {
-    if (format == VEXO_CORR_FORMAT_AUTO)
-        format = format_from_path(path);
+    if (format == VEXO_CORR_FORMAT_AUTO) format = format_from_path(path);
     if (format < VEXO_CORR_FORMAT_UCF || format > VEXO_CORR_FORMAT_SCOR) {
         set_neutral(table);
         return VEXO_ERROR_UNKNOWN_FORMAT;
@@ -76,15 +86,12 @@ uint32_t load_corr_file(CorrTable &table, const char *path, uint32_t format) {
     // For the binary formats the neutral fill would be a wasted pass over
     // 135 KB when they succeed; the table ends the same either way.
     const bool whole = replaces_whole_table(format);
-    if (!whole)
-        set_neutral(table);
+    if (!whole) set_neutral(table);
     // Only a kxo file carries a header; every other load leaves it zero.
     CorrHead head{};
     const uint32_t status = parse_corr_bytes(format, file.span(), table, head);
-    if (whole && status != VEXO_OK)
-        set_neutral(table);
-    if (format == VEXO_CORR_FORMAT_KXO)
-        publish_corr_head(head);
+    if (whole && status != VEXO_OK) set_neutral(table);
+    if (format == VEXO_CORR_FORMAT_KXO) publish_corr_head(head);
     return status;
 }
 

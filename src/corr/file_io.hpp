@@ -16,7 +16,7 @@ constexpr size_t kMaxCorrFileSize = size_t{64} << 20;
 
 // A malloc'd copy of a file's bytes, freed with the object.
 class FileBytes {
-  public:
+public:
     FileBytes() = default;
     FileBytes(const FileBytes &) = delete;
     FileBytes &operator=(const FileBytes &) = delete;
@@ -24,7 +24,7 @@ class FileBytes {
 
     ByteSpan span() const { return ByteSpan{data_, size_}; }
 
-  private:
+private:
     friend uint32_t read_whole_file(const char *path, FileBytes &out) noexcept;
     uint8_t *data_ = nullptr;
     size_t size_ = 0;

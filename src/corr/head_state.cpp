@@ -20,6 +20,8 @@ void publish_corr_head(const CorrHead &head) noexcept {
     last_head = head;
 }
 
-void clear_corr_head() noexcept { publish_corr_head(CorrHead{}); }
+void clear_corr_head() noexcept {
+    publish_corr_head(CorrHead{});
+}
 
 } // namespace vexo

@@ -27,24 +27,21 @@ struct WorkBlocks {
 };
 
 bool allocate(uint64_t cells, GeomPoint *&block) noexcept {
-    if (cells == 0 || cells > SIZE_MAX / sizeof(GeomPoint))
-        return false;
+    if (cells == 0 || cells > SIZE_MAX / sizeof(GeomPoint)) return false;
     block = static_cast<GeomPoint *>(std::malloc(static_cast<size_t>(cells) * sizeof(GeomPoint)));
     return block != nullptr;
 }
 
 // 2 * nominal - measured for every node; returns the largest coordinate
 // magnitude, never below range / 2.
-double predistort(uint64_t cells, const GeomPoint *measured, const GeomPoint *nominal,
-                  double range, GeomPoint *grid) noexcept {
+double predistort(uint64_t cells, const GeomPoint *measured, const GeomPoint *nominal, double range,
+                  GeomPoint *grid) noexcept {
     double largest = range / 2;
     for (uint64_t k = 0; k < cells; ++k) {
         grid[k].x = 2 * nominal[k].x - measured[k].x;
         grid[k].y = 2 * nominal[k].y - measured[k].y;
-        if (std::fabs(grid[k].x) > largest)
-            largest = std::fabs(grid[k].x);
-        if (std::fabs(grid[k].y) > largest)
-            largest = std::fabs(grid[k].y);
+        if (std::fabs(grid[k].x) > largest) largest = std::fabs(grid[k].x);
+        if (std::fabs(grid[k].y) > largest) largest = std::fabs(grid[k].y);
     }
     return largest;
 }

@@ -21,8 +21,7 @@ bool starts_with(ByteSpan file, const char *label) {
 
 // The deltas apply to the neutral grid; it is computed here rather than
 // read back from the table, which gives the same values.
-uint32_t subtract_f64_pairs(ByteSpan file, size_t offset, double sx, double sy,
-                            CorrTable &table) {
+uint32_t subtract_f64_pairs(ByteSpan file, size_t offset, double sx, double sy, CorrTable &table) {
     if (file.size < offset || file.size - offset < size_t{16} * kCorrCells)
         return VEXO_ERROR_READ_FILE;
     const uint8_t *p = file.data + offset;
@@ -59,14 +58,12 @@ uint32_t parse_cor(ByteSpan file, CorrTable &table) {
     constexpr size_t kScaledDataOffset = 56;
     constexpr size_t kPlainDataOffset = 519;
     if (starts_with(file, "JCZ_COR_3")) {
-        if (file.size < kScaledDataOffset)
-            return VEXO_ERROR_READ_FILE;
+        if (file.size < kScaledDataOffset) return VEXO_ERROR_READ_FILE;
         const double sx = load_le_f64(file.data + kScaledFactorsOffset);
         const double sy = load_le_f64(file.data + kScaledFactorsOffset + 8);
         return subtract_f64_pairs(file, kScaledDataOffset, sx, sy, table);
     }
-    if (starts_with(file, kCor21Label))
-        return subtract_i32_pairs(file, kCor21DataOffset, table);
+    if (starts_with(file, kCor21Label)) return subtract_i32_pairs(file, kCor21DataOffset, table);
     return subtract_f64_pairs(file, kPlainDataOffset, 1.0, 1.0, table);
 }
 

@@ -10,8 +10,7 @@ namespace vexo {
 uint32_t parse_crt(ByteSpan file, CorrTable &table) {
     constexpr size_t kDataOffset = 2048;
     constexpr size_t kCellBytes = 16;
-    if (file.size < kDataOffset + kCellBytes * kCorrCells)
-        return VEXO_ERROR_READ_FILE;
+    if (file.size < kDataOffset + kCellBytes * kCorrCells) return VEXO_ERROR_READ_FILE;
     const uint8_t *p = file.data + kDataOffset;
     for (GeomPoint &cell : table.cell) {
         cell.y = static_cast<double>(load_le_f32(p)) * 500.0;

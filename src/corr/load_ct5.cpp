@@ -20,8 +20,7 @@ double fine_value(const uint8_t *plane, int row, int column) {
 } // namespace
 
 uint32_t parse_ct5(ByteSpan file, CorrTable &table) {
-    if (file.size < kHeaderBytes + 2 * kPlaneBytes)
-        return VEXO_ERROR_READ_FILE;
+    if (file.size < kHeaderBytes + 2 * kPlaneBytes) return VEXO_ERROR_READ_FILE;
     const uint8_t *y_plane = file.data + kHeaderBytes;
     const uint8_t *x_plane = y_plane + kPlaneBytes;
     for (int row = 0; row < kCorrSide; ++row) {

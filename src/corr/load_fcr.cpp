@@ -29,8 +29,7 @@ void fold_line(const uint8_t *line, int32_t *sums) {
 } // namespace
 
 uint32_t parse_fcr(ByteSpan file, CorrTable &table) {
-    if (file.size < kBlockBytes)
-        return VEXO_ERROR_READ_FILE;
+    if (file.size < kBlockBytes) return VEXO_ERROR_READ_FILE;
     const uint8_t *x_plane = file.data + (file.size - kBlockBytes);
     const uint8_t *y_plane = x_plane + kPlaneBytes;
     constexpr size_t kLineBytes = 2 * kFineSide;
@@ -41,8 +40,7 @@ uint32_t parse_fcr(ByteSpan file, CorrTable &table) {
         int32_t sum_x[kCorrSide] = {};
         int32_t sum_y[kCorrSide] = {};
         for (int fine_row : {2 * row - 1, 2 * row}) {
-            if (fine_row < 0 || fine_row >= kFineSide)
-                continue;
+            if (fine_row < 0 || fine_row >= kFineSide) continue;
             fold_line(x_plane + kLineBytes * static_cast<size_t>(fine_row), sum_x);
             fold_line(y_plane + kLineBytes * static_cast<size_t>(fine_row), sum_y);
         }

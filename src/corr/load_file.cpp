@@ -19,11 +19,9 @@ namespace {
 // open rejects; the wide open then sees the same name as Windows stores it.
 std::FILE *open_wide(const char *path) {
     int wide_len = MultiByteToWideChar(CP_ACP, 0, path, -1, nullptr, 0);
-    if (wide_len <= 0)
-        return nullptr;
+    if (wide_len <= 0) return nullptr;
     std::vector<wchar_t> wide(static_cast<size_t>(wide_len));
-    if (MultiByteToWideChar(CP_ACP, 0, path, -1, wide.data(), wide_len) <= 0)
-        return nullptr;
+    if (MultiByteToWideChar(CP_ACP, 0, path, -1, wide.data(), wide_len) <= 0) return nullptr;
     return _wfopen(wide.data(), L"rb");
 }
 #endif
@@ -31,8 +29,7 @@ std::FILE *open_wide(const char *path) {
 std::FILE *open_for_reading(const char *path) {
     std::FILE *f = std::fopen(path, "rb");
 #ifdef _WIN32
-    if (!f)
-        f = open_wide(path);
+    if (!f) f = open_wide(path);
 #endif
     return f;
 }
@@ -41,15 +38,12 @@ std::FILE *open_for_reading(const char *path) {
 bool regular_file_size(std::FILE *f, uint64_t &size) {
 #ifdef _WIN32
     struct _stat64 info;
-    if (_fstat64(_fileno(f), &info) != 0 || (info.st_mode & _S_IFMT) != _S_IFREG)
-        return false;
+    if (_fstat64(_fileno(f), &info) != 0 || (info.st_mode & _S_IFMT) != _S_IFREG) return false;
 #else
     struct stat info;
-    if (fstat(fileno(f), &info) != 0 || !S_ISREG(info.st_mode))
-        return false;
+    if (fstat(fileno(f), &info) != 0 || !S_ISREG(info.st_mode)) return false;
 #endif
-    if (info.st_size < 0)
-        return false;
+    if (info.st_size < 0) return false;
     size = static_cast<uint64_t>(info.st_size);
     return true;
 }
@@ -58,8 +52,7 @@ bool regular_file_size(std::FILE *f, uint64_t &size) {
 
 uint32_t read_whole_file(const char *path, FileBytes &out) noexcept {
     std::FILE *raw = open_for_reading(path);
-    if (!raw)
-        return VEXO_ERROR_OPEN_FILE;
+    if (!raw) return VEXO_ERROR_OPEN_FILE;
     uint64_t size = 0;
     if (!regular_file_size(raw, size)) {
         std::fclose(raw);

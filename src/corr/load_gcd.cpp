@@ -9,8 +9,7 @@ namespace vexo {
 
 uint32_t parse_gcd(ByteSpan file, CorrTable &table) {
     constexpr size_t kCellBytes = 6;
-    if (file.size < kCellBytes * kCorrCells)
-        return VEXO_ERROR_READ_FILE;
+    if (file.size < kCellBytes * kCorrCells) return VEXO_ERROR_READ_FILE;
     const uint8_t *p = file.data;
     for (int row = 0; row < kCorrSide; ++row) {
         for (int column = 0; column < kCorrSide; ++column, p += kCellBytes) {

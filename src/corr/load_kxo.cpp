@@ -28,7 +28,9 @@ CorrHead decode_head(ByteSpan file) {
     return head;
 }
 
-double kxo_decode(const uint8_t *p) { return load_be_i32(p) / 30000.0 - kCorrHalfRange; }
+double kxo_decode(const uint8_t *p) {
+    return load_be_i32(p) / 30000.0 - kCorrHalfRange;
+}
 
 // One plane into one coordinate of every cell, rows outer so the table is
 // written in memory order.  The divisions dominate a load; SSE2 does two at
@@ -43,8 +45,7 @@ void decode_plane(const uint8_t *plane, CorrTable &table, double GeomPoint::*coo
         const __m128d divisor = _mm_set1_pd(30000.0);
         const __m128d half_range = _mm_set1_pd(kCorrHalfRange);
         for (; column + 1 < kCorrSide; column += 2, p += 2 * kColumnStride) {
-            const __m128d stored =
-                _mm_set_pd(load_be_i32(p + kColumnStride), load_be_i32(p));
+            const __m128d stored = _mm_set_pd(load_be_i32(p + kColumnStride), load_be_i32(p));
             const __m128d value = _mm_sub_pd(_mm_div_pd(stored, divisor), half_range);
             _mm_storel_pd(&(corr_cell(table, row, column).*coordinate), value);
             _mm_storeh_pd(&(corr_cell(table, row, column + 1).*coordinate), value);
@@ -59,8 +60,7 @@ void decode_plane(const uint8_t *plane, CorrTable &table, double GeomPoint::*coo
 
 uint32_t parse_kxo(ByteSpan file, CorrTable &table, CorrHead &head) {
     head = file.size > 0 ? decode_head(file) : CorrHead{};
-    if (file.size < kKxoFileSize)
-        return VEXO_ERROR_READ_FILE;
+    if (file.size < kKxoFileSize) return VEXO_ERROR_READ_FILE;
     const uint8_t *x_plane = file.data + kKxoHeaderSize;
     decode_plane(x_plane, table, &GeomPoint::x);
     decode_plane(x_plane + kKxoPlaneBytes, table, &GeomPoint::y);

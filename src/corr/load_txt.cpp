@@ -27,8 +27,7 @@ double number_in(std::string_view line) {
 // Grid line of a position in the field; false when it falls off the table.
 bool node_line(double position, double field, int &line) {
     const double at = std::trunc(((position + field / 2) / field) * 64);
-    if (!(at >= 0 && at <= 64))
-        return false;
+    if (!(at >= 0 && at <= 64)) return false;
     line = static_cast<int>(at);
     return true;
 }
@@ -69,8 +68,7 @@ uint32_t parse_txt(ByteSpan file, CorrTable &table) {
     // The number is read from the sixth character on: the line is meant to
     // begin with the tag.
     const double field = number_in(line.substr(5));
-    if (field == 0 || !std::isfinite(field))
-        return VEXO_ERROR_INVALID_DATA;
+    if (field == 0 || !std::isfinite(field)) return VEXO_ERROR_INVALID_DATA;
 
     for (int record = 0; record < kMaxRecords; ++record) {
         double values[4];
@@ -79,8 +77,7 @@ uint32_t parse_txt(ByteSpan file, CorrTable &table) {
             complete = complete && lines.next(kLineBuffer, line);
             value = complete ? number_in(line) : 0;
         }
-        if (!complete)
-            break;
+        if (!complete) break;
         int row = 0;
         int column = 0;
         if (!node_line(values[0], field, row) || !node_line(values[1], field, column))

@@ -36,16 +36,14 @@ uint32_t parse_ucf(ByteSpan file, CorrTable &table) {
         apply_word_planes(table, file.data, file.data + kPlaneBytes, nullptr);
         return VEXO_OK;
     }
-    if (file.size < kUcfHeaderBytes + 3 * kPlaneBytes)
-        return VEXO_ERROR_READ_FILE;
+    if (file.size < kUcfHeaderBytes + 3 * kPlaneBytes) return VEXO_ERROR_READ_FILE;
     const uint8_t *planes = file.data + kUcfHeaderBytes;
     apply_word_planes(table, planes, planes + kPlaneBytes, planes + 2 * kPlaneBytes);
     return VEXO_OK;
 }
 
 uint32_t parse_ctb(ByteSpan file, CorrTable &table) {
-    if (file.size < 2 * kPlaneBytes)
-        return VEXO_ERROR_READ_FILE;
+    if (file.size < 2 * kPlaneBytes) return VEXO_ERROR_READ_FILE;
     apply_word_planes(table, file.data, file.data + kPlaneBytes, nullptr);
     return VEXO_OK;
 }

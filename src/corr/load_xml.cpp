@@ -73,22 +73,18 @@ uint32_t parse_xml(ByteSpan file, CorrTable &table) {
     // The tags are searched from one character past "<Data", all three from
     // that same place, so their order in the file does not matter.
     const size_t from = data == std::string_view::npos ? data : data + 6;
-    if (from == std::string_view::npos || from > text.size())
-        return VEXO_ERROR_INVALID_DATA;
+    if (from == std::string_view::npos || from > text.size()) return VEXO_ERROR_INVALID_DATA;
 
     const size_t x_list = find_list(text, from, "<x-axis>");
-    if (x_list == std::string_view::npos)
-        return VEXO_ERROR_INVALID_DATA;
+    if (x_list == std::string_view::npos) return VEXO_ERROR_INVALID_DATA;
     read_axis(text, x_list, Axis::x, table);
 
     const size_t y_list = find_list(text, from, "<y-axis>");
-    if (y_list == std::string_view::npos)
-        return VEXO_ERROR_INVALID_DATA;
+    if (y_list == std::string_view::npos) return VEXO_ERROR_INVALID_DATA;
     read_axis(text, y_list, Axis::y, table);
 
     const size_t z_list = find_list(text, from, "<z-axis>");
-    if (z_list != std::string_view::npos)
-        read_axis(text, z_list, Axis::z, table);
+    if (z_list != std::string_view::npos) read_axis(text, z_list, Axis::z, table);
     return VEXO_OK;
 }
 

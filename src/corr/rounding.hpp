@@ -10,12 +10,9 @@ namespace vexo {
 
 // Clamp to [lowest, highest], then add +-0.5 and truncate toward zero.
 inline int64_t round_saturated(double v, double lowest, double highest) {
-    if (std::isnan(v))
-        return 0;
-    if (v < lowest)
-        v = lowest;
-    if (v > highest)
-        v = highest;
+    if (std::isnan(v)) return 0;
+    if (v < lowest) v = lowest;
+    if (v > highest) v = highest;
     v = v >= 0.0 ? v + 0.5 : v - 0.5;
     return static_cast<int64_t>(v);
 }

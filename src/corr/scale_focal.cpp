@@ -30,10 +30,8 @@ void compensate_focus(CorrTable &table, double focal_length, double field_size,
         const double beam = std::sqrt(r * r + focal_length * focal_length);
         cell.z = -((beam - focal_length) / field_size) * 65535.0;
     }
-    if (target_size == field_size)
-        return;
-    for (GeomPoint &cell : table.cell)
-        cell.z *= target_size / field_size;
+    if (target_size == field_size) return;
+    for (GeomPoint &cell : table.cell) cell.z *= target_size / field_size;
 }
 
 } // namespace vexo

@@ -10,23 +10,27 @@ constexpr double kStep = 1.0 / 64;
 
 // The three blends below are mathematically alike but round differently;
 // each side uses the form its tables were always made with.
-double rising(double factor, int k) { return factor * kStep * k + (64 - k) * kStep; }
-double falling(double factor, int k) { return (64 - k) * (factor * kStep) + k * kStep; }
-double rising_by_column(double factor, int k) { return (64 - k) * kStep + k * (factor * kStep); }
+double rising(double factor, int k) {
+    return factor * kStep * k + (64 - k) * kStep;
+}
+double falling(double factor, int k) {
+    return (64 - k) * (factor * kStep) + k * kStep;
+}
+double rising_by_column(double factor, int k) {
+    return (64 - k) * kStep + k * (factor * kStep);
+}
 
 void scale_rows_x(CorrTable &table, double factor, double (*blend)(double, int)) {
     for (int r = 0; r < kCorrSide; ++r) {
         const double m = blend(factor, r);
-        for (int c = 0; c < kCorrSide; ++c)
-            corr_cell(table, r, c).x *= m;
+        for (int c = 0; c < kCorrSide; ++c) corr_cell(table, r, c).x *= m;
     }
 }
 
 void scale_columns_y(CorrTable &table, double factor, double (*blend)(double, int)) {
     for (int c = 0; c < kCorrSide; ++c) {
         const double m = blend(factor, c);
-        for (int r = 0; r < kCorrSide; ++r)
-            corr_cell(table, r, c).y *= m;
+        for (int r = 0; r < kCorrSide; ++r) corr_cell(table, r, c).y *= m;
     }
 }
 

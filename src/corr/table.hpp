@@ -25,7 +25,9 @@ inline const GeomPoint &corr_cell(const CorrTable &table, int row, int column) {
 
 // Neutral deflection of grid line i (row or column).  The operation order
 // is fixed: tables written by earlier releases hold exactly these values.
-inline double neutral_coordinate(int line) { return (line - 32) * 0.015625 * 65535.0; }
+inline double neutral_coordinate(int line) {
+    return (line - 32) * 0.015625 * 65535.0;
+}
 
 // x, y from the identity grid, z = 0; flags are left as the caller had them.
 void set_neutral(CorrTable &table) noexcept;

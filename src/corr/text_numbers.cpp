@@ -34,8 +34,7 @@ bool is_c_space(char c) noexcept {
 
 size_t skip_space(std::string_view text) noexcept {
     size_t i = 0;
-    while (i < text.size() && is_c_space(text[i]))
-        ++i;
+    while (i < text.size() && is_c_space(text[i])) ++i;
     return i;
 }
 
@@ -45,8 +44,7 @@ template <class T, class Convert>
 size_t convert_bounded(std::string_view text, T &value, Convert convert) noexcept {
     value = T{};
     const c_locale_handle locale = c_locale();
-    if (!locale)
-        return 0;
+    if (!locale) return 0;
     const size_t lead = skip_space(text);
     char token[kMaxNumberChars + 1];
     const size_t length = std::min(text.size() - lead, kMaxNumberChars);
@@ -54,8 +52,7 @@ size_t convert_bounded(std::string_view text, T &value, Convert convert) noexcep
     token[length] = '\0';
     char *end = token;
     const T converted = convert(token, &end, locale);
-    if (end == token)
-        return 0;
+    if (end == token) return 0;
     value = converted;
     return lead + static_cast<size_t>(end - token);
 }
@@ -96,12 +93,10 @@ size_t read_int32(std::string_view text, int32_t &value) noexcept {
     constexpr int64_t kCap = int64_t{INT32_MAX} + 1;
     int64_t magnitude = 0;
     while (i < text.size() && text[i] >= '0' && text[i] <= '9') {
-        if (magnitude <= kCap)
-            magnitude = magnitude * 10 + (text[i] - '0');
+        if (magnitude <= kCap) magnitude = magnitude * 10 + (text[i] - '0');
         ++i;
     }
-    if (i == first_digit)
-        return 0;
+    if (i == first_digit) return 0;
     if (negative)
         value = magnitude >= kCap ? INT32_MIN : static_cast<int32_t>(-magnitude);
     else

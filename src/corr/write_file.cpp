@@ -8,8 +8,7 @@ namespace vexo {
 
 uint32_t write_whole_file(const char *path, const uint8_t *data, size_t size) noexcept {
     std::FILE *f = std::fopen(path, "wb");
-    if (!f)
-        return VEXO_ERROR_OPEN_FILE;
+    if (!f) return VEXO_ERROR_OPEN_FILE;
     const size_t written = std::fwrite(data, 1, size, f);
     // fclose flushes the stdio buffer; a full disk often shows only here.
     const bool closed = std::fclose(f) == 0;

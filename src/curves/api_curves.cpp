@@ -6,19 +6,18 @@
 #include "curves/spline.hpp"
 
 namespace {
-void *plain_malloc(size_t bytes) { return std::malloc(bytes); }
+void *plain_malloc(size_t bytes) {
+    return std::malloc(bytes);
+}
 } // namespace
 
 extern "C" {
 
 VEXO_API uint32_t vexo_bezier_get_curve3d(const double *controls, int32_t count, GeomPoint *out,
                                           uint32_t steps) {
-    if (count > vexo::kMaxBezierControls)
-        return VEXO_ERROR_INVALID_PARAMETER;
-    if (steps == 0)
-        return VEXO_OK;
-    if (count <= 0 || controls == nullptr || out == nullptr)
-        return VEXO_ERROR_INVALID_PARAMETER;
+    if (count > vexo::kMaxBezierControls) return VEXO_ERROR_INVALID_PARAMETER;
+    if (steps == 0) return VEXO_OK;
+    if (count <= 0 || controls == nullptr || out == nullptr) return VEXO_ERROR_INVALID_PARAMETER;
     vexo::sample_bezier(controls, count, out, steps);
     return VEXO_OK;
 }

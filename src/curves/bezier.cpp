@@ -45,7 +45,9 @@ constexpr double kFactorials[kMaxBezierControls + 1] = {
     263130836933693530167218012160000000.0,
 };
 
-bool in_table(int n) { return n >= 0 && n <= kMaxBezierControls; }
+bool in_table(int n) {
+    return n >= 0 && n <= kMaxBezierControls;
+}
 
 // Parameter values this close below 1 are taken as exactly 1, so that the
 // last sample lands on the last control point despite the summed steps.
@@ -54,8 +56,7 @@ constexpr double kEndSnap = 5e-6;
 } // namespace
 
 double binomial(int k, int i) {
-    if (!in_table(k) || !in_table(i) || !in_table(k - i))
-        return 0.0;
+    if (!in_table(k) || !in_table(i) || !in_table(k - i)) return 0.0;
     return kFactorials[k] / (kFactorials[i] * kFactorials[k - i]);
 }
 
@@ -73,8 +74,7 @@ void sample_bezier(const double *controls, int count, GeomPoint *out, uint32_t s
     const int degree = count - 1;
     double t = 0.0;
     for (uint32_t s = 0; s < steps; ++s) {
-        if (1.0 - t < kEndSnap)
-            t = 1.0;
+        if (1.0 - t < kEndSnap) t = 1.0;
         GeomPoint &p = out[s];
         p.x = 0.0;
         p.y = 0.0;

@@ -35,14 +35,12 @@ void spline_second_derivatives(const double *xs, const double *ys, int n, double
     }
     y2[n - 1] = (un - qn * u[n - 2]) / (qn * y2[n - 2] + 1.0);
     // Back substitution.
-    for (int k = n - 2; k >= 0; --k)
-        y2[k] = y2[k] * y2[k + 1] + u[k];
+    for (int k = n - 2; k >= 0; --k) y2[k] = y2[k] * y2[k + 1] + u[k];
 }
 
 bool knots_ascending(const double *xs, int n) {
     for (int k = 1; k < n; ++k)
-        if (!(xs[k] >= xs[k - 1]))
-            return false;
+        if (!(xs[k] >= xs[k - 1])) return false;
     return true;
 }
 
@@ -53,10 +51,8 @@ void bracket_knots(const double *xs, int n, bool ascending, double x, int *lo, i
     // interval a full bisection would find: over ascending knots, from a
     // lower knot at or left of x and an upper knot strictly right of it.
     // Anything else (including unordered knots) starts from the full range.
-    if (!ascending || !(xs[klo] <= x))
-        klo = 0;
-    if (!ascending || !(x < xs[khi]))
-        khi = n - 1;
+    if (!ascending || !(xs[klo] <= x)) klo = 0;
+    if (!ascending || !(x < xs[khi])) khi = n - 1;
     while (khi - klo > 1) {
         const int k = (khi + klo) >> 1;
         if (xs[k] > x)
@@ -79,8 +75,8 @@ WorkBuffer allocate_doubles(WorkAllocator allocate, size_t n) {
     return WorkBuffer(static_cast<double *>(allocate(n * sizeof(double))));
 }
 
-double cubic_at(const double *xs, const double *ys, const double *y2, int klo, int khi,
-                double x, double h) {
+double cubic_at(const double *xs, const double *ys, const double *y2, int klo, int khi, double x,
+                double h) {
     const double a = (xs[khi] - x) / h;
     const double b = (x - xs[klo]) / h;
     return a * ys[klo] + b * ys[khi] +
@@ -96,8 +92,7 @@ uint32_t evaluate_spline(const double *knots, int count, GeomPoint *points, int 
     WorkBuffer ys = allocate_doubles(allocate, n);
     WorkBuffer y2 = allocate_doubles(allocate, n);
     WorkBuffer scratch = allocate_doubles(allocate, n - 1);
-    if (!xs || !ys || !y2 || !scratch)
-        return VEXO_ERROR_NO_MEMORY;
+    if (!xs || !ys || !y2 || !scratch) return VEXO_ERROR_NO_MEMORY;
     for (size_t k = 0; k < n; ++k) {
         xs.get()[k] = knots[2 * k];
         ys.get()[k] = knots[2 * k + 1];

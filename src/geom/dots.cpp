@@ -18,8 +18,7 @@ GeomPoint *append_single_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint
     }
     const uint32_t grown = *count + 1;
     buffer = capacity ? realloc_headroom(buffer, grown, capacity) : realloc_exact(buffer, grown);
-    if (!buffer)
-        return nullptr;
+    if (!buffer) return nullptr;
     GeomPoint &dot = buffer[*count];
     dot.x = point.x;
     dot.y = point.y;
@@ -41,38 +40,30 @@ GeomPoint *draw_figure(const GeomPoint &centre, const GeomDotShape &shape, uint3
 
 // A buffer that does not exist yet is made to the figure's size (plus
 // headroom when the caller keeps a capacity).
-GeomPoint *adopt_figure(const GeomPoint *figure, uint32_t m, uint32_t *count,
-                        uint32_t *capacity) {
+GeomPoint *adopt_figure(const GeomPoint *figure, uint32_t m, uint32_t *count, uint32_t *capacity) {
     uint32_t size = m;
-    if (capacity && !headroom_capacity(m, &size))
-        return nullptr;
+    if (capacity && !headroom_capacity(m, &size)) return nullptr;
     GeomPoint *fresh = resize_points(nullptr, size);
-    if (!fresh)
-        return nullptr;
-    if (capacity)
-        *capacity = size;
+    if (!fresh) return nullptr;
+    if (capacity) *capacity = size;
     std::memcpy(fresh, figure, size_t{m} * sizeof(GeomPoint));
     *count = m;
     return fresh;
 }
 
-GeomPoint *append_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint *point,
-                      bool use_shape, const GeomDotShape *shape, uint32_t *capacity) noexcept {
-    if (!count || !point)
-        return buffer;
-    if (!use_shape || !shape)
-        return append_single_dot(buffer, count, *point, capacity);
+GeomPoint *append_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint *point, bool use_shape,
+                      const GeomDotShape *shape, uint32_t *capacity) noexcept {
+    if (!count || !point) return buffer;
+    if (!use_shape || !shape) return append_single_dot(buffer, count, *point, capacity);
 
     uint32_t m = 0;
     GeomPoint *figure = draw_figure(*point, *shape, &m);
-    if (!figure)
-        return buffer;
+    if (!figure) return buffer;
     GeomPoint *result;
     if (buffer) {
         result = capacity ? append_points_headroom(buffer, *count, figure, m, capacity)
                           : append_points(buffer, *count, figure, m, 0.0, 0.0, 0.0);
-        if (result)
-            *count += m;
+        if (result) *count += m;
     } else {
         result = adopt_figure(figure, m, count, capacity);
     }
@@ -105,9 +96,8 @@ VEXO_API GeomPoint *vexo_geom_append_dot_fast(GeomPoint *buffer, uint32_t *count
     return vexo::append_dot(buffer, count, point, use_shape, shape, capacity);
 }
 
-VEXO_API GeomPoint *vexo_geom_append_dot(GeomPoint *buffer, uint32_t *count,
-                                         const GeomPoint *point, bool use_shape,
-                                         const GeomDotShape *shape) {
+VEXO_API GeomPoint *vexo_geom_append_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint *point,
+                                         bool use_shape, const GeomDotShape *shape) {
     return vexo::append_dot(buffer, count, point, use_shape, shape, nullptr);
 }
 
@@ -126,23 +116,19 @@ VEXO_API GeomPoint *vexo_geom_append_dot2(GeomPoint *buffer, uint32_t *count,
     return vexo_geom_append_dot_fast2(buffer, count, point, use_shape, params, nullptr);
 }
 
-VEXO_API GeomPoint *vexo_geom_create_circle(double radius, const GeomPoint *centre,
-                                            double start, double end, uint32_t steps,
-                                            uint32_t *count) {
+VEXO_API GeomPoint *vexo_geom_create_circle(double radius, const GeomPoint *centre, double start,
+                                            double end, uint32_t steps, uint32_t *count) {
     if (!centre) {
-        if (count)
-            *count = 0;
+        if (count) *count = 0;
         return nullptr;
     }
     return vexo::create_circle(radius, *centre, start, end, steps, count);
 }
 
-VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer,
-                                            const GeomPoint *centre, double start,
-                                            double pitch, uint32_t steps, uint8_t reverse,
-                                            uint8_t outward, uint32_t *count) {
-    if (!count)
-        return nullptr;
+VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer, const GeomPoint *centre,
+                                            double start, double pitch, uint32_t steps,
+                                            uint8_t reverse, uint8_t outward, uint32_t *count) {
+    if (!count) return nullptr;
     if (!centre) {
         *count = 0;
         return nullptr;

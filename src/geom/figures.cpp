@@ -12,7 +12,9 @@ namespace {
 
 // Figures measure angles from +Y towards +X; this is how they have always
 // turned degrees into radians (two halves of the turn, single-precision pi).
-double figure_radians(double degrees) { return (degrees / 360.0 + degrees / 360.0) * kPiF; }
+double figure_radians(double degrees) {
+    return (degrees / 360.0 + degrees / 360.0) * kPiF;
+}
 
 GeomPoint on_circle(const GeomPoint &centre, double radius, double angle) {
     return GeomPoint{centre.x + radius * std::sin(angle), centre.y + radius * std::cos(angle),
@@ -23,12 +25,9 @@ GeomPoint on_circle(const GeomPoint &centre, double radius, double angle) {
 // results matters; far-out values are reduced with fmod first so that the
 // walk stays short.
 double normalise_degrees(double a) {
-    if (std::fabs(a) > 1e6)
-        a = std::fmod(a, 360.0);
-    while (a < 0.0)
-        a += 360.0;
-    while (a >= 360.0)
-        a -= 360.0;
+    if (std::fabs(a) > 1e6) a = std::fmod(a, 360.0);
+    while (a < 0.0) a += 360.0;
+    while (a >= 360.0) a -= 360.0;
     return a;
 }
 
@@ -45,24 +44,18 @@ double inward_steps_at_least(double inner, double R, double radius_step) {
 
 GeomPoint *create_circle(double radius, const GeomPoint &centre, double start, double end,
                          uint32_t steps, uint32_t *count) noexcept {
-    if (count)
-        *count = 0;
-    if (!(radius > 0.0))
-        radius = 0.0001;
-    if (steps < 3)
-        steps = 3;
+    if (count) *count = 0;
+    if (!(radius > 0.0)) radius = 0.0001;
+    if (steps < 3) steps = 3;
     const double n = std::fabs(end - start) / 360.0 * steps;
     // NaN, or more points than a 32-bit count can hold: nothing to draw.
-    if (!(n + 1.0 < 4294967296.0))
-        return nullptr;
+    if (!(n + 1.0 < 4294967296.0)) return nullptr;
     const uint32_t allocated = static_cast<uint32_t>(std::trunc(n + 1.0));
     const uint32_t written = static_cast<uint32_t>(std::trunc(n));
     // An arc shorter than one step has no valid last point.
-    if (written == 0)
-        return nullptr;
+    if (written == 0) return nullptr;
     GeomPoint *points = resize_points(nullptr, allocated);
-    if (!points)
-        return nullptr;
+    if (!points) return nullptr;
 
     const double step = kTwoPiF / steps;
     double angle = figure_radians(start);
@@ -78,8 +71,7 @@ GeomPoint *create_circle(double radius, const GeomPoint &centre, double start, d
     } else {
         points[written - 1].flags = VEXO_POINT_END;
     }
-    if (count)
-        *count = produced;
+    if (count) *count = produced;
     return points;
 }
 
@@ -91,8 +83,7 @@ GeomPoint *create_spiral(double inner, double outer, const GeomPoint &centre, do
     const double angle_step = kTwoPiF / steps;
     const double radius_step = pitch / steps;
     // A radius that never moves would spin forever.
-    if (!(radius_step > 0.0))
-        return nullptr;
+    if (!(radius_step > 0.0)) return nullptr;
     if (!outward && inward_steps_at_least(inner, R, radius_step) > 2.0 * kMaxFigurePoints)
         return nullptr;
 
@@ -109,8 +100,7 @@ GeomPoint *create_spiral(double inner, double outer, const GeomPoint &centre, do
         r = outward ? r + radius_step * stretch : r - radius_step * stretch;
         angle = reverse ? angle - angle_step * stretch : angle + angle_step * stretch;
     }
-    if (sink.size() == 0)
-        return nullptr;
+    if (sink.size() == 0) return nullptr;
     sink.data()[sink.size() - 1].flags |= VEXO_POINT_END;
     return sink.release(count);
 }

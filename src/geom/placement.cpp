@@ -22,8 +22,7 @@ void translate_points(GeomPoint *points, uint32_t count, double dx, double dy, d
 bool is_plain_scaling(const double *m) {
     static const int kOffDiagonal[] = {1, 2, 3, 4, 6, 7, 8, 9, 11};
     for (int i : kOffDiagonal)
-        if (!(m[i] == 0.0) || std::signbit(m[i]))
-            return false;
+        if (!(m[i] == 0.0) || std::signbit(m[i])) return false;
     return true;
 }
 
@@ -57,14 +56,11 @@ extern "C" {
 
 VEXO_API void vexo_geom_translate(GeomPoint *points, uint32_t count, double dx, double dy,
                                   double dz) {
-    if (points && count > 0)
-        vexo::translate_points(points, count, dx, dy, dz);
+    if (points && count > 0) vexo::translate_points(points, count, dx, dy, dz);
 }
 
-VEXO_API void vexo_geom_scale(GeomPoint *points, uint32_t count, double sx, double sy,
-                              double sz) {
-    if (points && count > 0)
-        vexo::scale_points(points, count, sx, sy, sz);
+VEXO_API void vexo_geom_scale(GeomPoint *points, uint32_t count, double sx, double sy, double sz) {
+    if (points && count > 0) vexo::scale_points(points, count, sx, sy, sz);
 }
 
 } // extern "C"

@@ -16,13 +16,10 @@ constexpr double kVertexSnap = 0.0001;
 
 uint32_t classify_in_rect(double x, double y, double y_max, double x_min, double y_min,
                           double x_max) {
-    if (x_min < x && x < x_max && y_min < y && y < y_max)
-        return kInside;
+    if (x_min < x && x < x_max && y_min < y && y < y_max) return kInside;
     // One coordinate on a bound is enough: the border is the whole line.
-    if (x == x_min || x == x_max)
-        return kOnBorder;
-    if (y == y_min || y == y_max)
-        return kOnBorder;
+    if (x == x_min || x == x_max) return kOnBorder;
+    if (y == y_min || y == y_max) return kOnBorder;
     return kOutside;
 }
 
@@ -35,8 +32,7 @@ uint32_t classify_in_polygon(double px, double py, const GeomPoint *polygon, int
         const GeomPoint *b = &polygon[i];
         if ((a->y > py) != (b->y > py)) {
             const double x = (py - a->y) * (b->x - a->x) / (b->y - a->y) + a->x;
-            if (x > px)
-                odd = !odd;
+            if (x > px) odd = !odd;
         }
         a = b;
     }
@@ -77,8 +73,7 @@ uint32_t height_on_triangle(const GeomPoint &p, const GeomPoint *tri, double *z)
     // vertex does not snap to it.
     for (int k = 0; k < 3; ++k) {
         const double d = distance3(p, tri[k]);
-        if (d < 0.0)
-            return VEXO_ERROR_NUMERIC;
+        if (d < 0.0) return VEXO_ERROR_NUMERIC;
         if (d < kVertexSnap) {
             *z = tri[k].z;
             return VEXO_OK;
@@ -95,22 +90,19 @@ extern "C" {
 
 VEXO_API uint32_t vexo_geom_point_in_rect(const GeomPoint *point, double y_max, double x_min,
                                           double y_min, double x_max) {
-    if (!point)
-        return vexo::kOutside;
+    if (!point) return vexo::kOutside;
     return vexo::classify_in_rect(point->x, point->y, y_max, x_min, y_min, x_max);
 }
 
 VEXO_API uint32_t vexo_geom_point_in_polygon(const GeomPoint *point, const GeomPoint *polygon,
                                              int32_t count) {
-    if (!point || !polygon || count < 3)
-        return vexo::kOutside;
+    if (!point || !polygon || count < 3) return vexo::kOutside;
     return vexo::classify_in_polygon(point->x, point->y, polygon, count);
 }
 
 VEXO_API uint32_t vexo_geom_point_height(const GeomPoint *point, const GeomPoint *triangle,
                                          double *z) {
-    if (!point || !triangle || !z)
-        return VEXO_ERROR_INVALID_PARAMETER;
+    if (!point || !triangle || !z) return VEXO_ERROR_INVALID_PARAMETER;
     return vexo::height_on_triangle(*point, triangle, z);
 }
 

@@ -12,17 +12,20 @@ namespace {
 
 constexpr uint32_t kEndAndMark = VEXO_POINT_END | VEXO_POINT_END_MARK;
 
-bool is_end(const GeomPoint &p) { return (p.flags & VEXO_POINT_END) != 0; }
-bool is_processed(const GeomPoint &p) { return (p.flags & VEXO_POINT_PROCESSED) != 0; }
+bool is_end(const GeomPoint &p) {
+    return (p.flags & VEXO_POINT_END) != 0;
+}
+bool is_processed(const GeomPoint &p) {
+    return (p.flags & VEXO_POINT_PROCESSED) != 0;
+}
 
 // The test limit > |a - b| on squared distances where that is safe: far
 // from the limit the squares decide (a square root rounds correctly, so a
 // margin of 2^-40 leaves no doubt), near it the root is taken.  The result
 // is the same as always taking the root; the root's latency is what the
 // hot loop saves.
-template <bool WithZ>
-class CloserThan {
-  public:
+template <bool WithZ> class CloserThan {
+public:
     explicit CloserThan(double limit) : limit_(limit) {
         const bool squares_are_safe = limit >= 1e-100 && limit <= 1e100;
         const double square = limit * limit;
@@ -32,14 +35,12 @@ class CloserThan {
 
     bool operator()(const GeomPoint &a, const GeomPoint &b) const {
         const double squared = squared_distance(a, b);
-        if (squared < surely_below_)
-            return true;
-        if (squared > surely_above_ && surely_above_ >= 0.0)
-            return false;
+        if (squared < surely_below_) return true;
+        if (squared > surely_above_ && surely_above_ >= 0.0) return false;
         return limit_ > std::sqrt(squared);
     }
 
-  private:
+private:
     // Summed in the order of point_distance, so the root is the same.
     static double squared_distance(const GeomPoint &a, const GeomPoint &b) {
         const double dx = a.x - b.x;
@@ -63,20 +64,18 @@ class CloserThan {
 // trails the one before it over points that step can no longer change, so
 // the array streams through the cache once instead of four times.  Every
 // step still sees exactly the points it would see if run on its own.
-template <bool WithZ>
-class DistanceReduction {
-  public:
+template <bool WithZ> class DistanceReduction {
+public:
     DistanceReduction(GeomPoint *points, uint32_t count, double min_dist)
         : points_(points), count_(count), closer_(min_dist) {}
 
     uint32_t run() {
-        if (count_ > 1)
-            drop_close_points();
+        if (count_ > 1) drop_close_points();
         settle(count_, true);
         return kept_;
     }
 
-  private:
+private:
     // How far the later steps may lag behind step 1 (points).
     static constexpr uint32_t kChunk = 1024;
 
@@ -103,8 +102,7 @@ class DistanceReduction {
                 } while (is_processed(points_[anchor]) && anchor + 1 < count_);
                 i = anchor + 1;
             }
-            if (anchor - consumed_ >= kChunk)
-                settle(anchor, false);
+            if (anchor - consumed_ >= kChunk) settle(anchor, false);
         }
     }
 
@@ -112,8 +110,7 @@ class DistanceReduction {
     // a short line at the very start of the array always stays; older
     // hosts' output depends on that.
     void drop_short_pair(uint32_t k) {
-        if (!is_end(points_[k - 2]) || is_end(points_[k - 1]) || !is_end(points_[k]))
-            return;
+        if (!is_end(points_[k - 2]) || is_end(points_[k - 1]) || !is_end(points_[k])) return;
         if (closer_(points_[k], points_[k - 1])) {
             points_[k - 1].flags |= VEXO_POINT_PROCESSED;
             points_[k].flags |= VEXO_POINT_PROCESSED;
@@ -123,16 +120,14 @@ class DistanceReduction {
     // Runs steps 2 to 4 over the points before `final_below` (indices of the
     // original array), whose step-1 marks are final.
     void settle(uint32_t final_below, bool last) {
-        compacted_ += move_unprocessed(points_ + compacted_, points_ + consumed_,
-                                       final_below - consumed_);
+        compacted_ +=
+            move_unprocessed(points_ + compacted_, points_ + consumed_, final_below - consumed_);
         consumed_ = final_below;
-        for (; next_pair_ < compacted_; ++next_pair_)
-            drop_short_pair(next_pair_);
+        for (; next_pair_ < compacted_; ++next_pair_) drop_short_pair(next_pair_);
         // Step 3 at k marks k - 1 and k and reads from k - 2 on: step 4
         // stays clear of all three until the end.
         uint32_t limit = compacted_;
-        if (!last)
-            limit = next_pair_ >= 3 ? next_pair_ - 3 : 0;
+        if (!last) limit = next_pair_ >= 3 ? next_pair_ - 3 : 0;
         if (limit > paired_) {
             kept_ += move_unprocessed(points_ + kept_, points_ + paired_, limit - paired_);
             paired_ = limit;
@@ -159,7 +154,9 @@ Vec3 difference(const GeomPoint &from, const GeomPoint &to) {
     return Vec3{to.x - from.x, to.y - from.y, to.z - from.z};
 }
 
-double snap_to_zero(double v) { return std::fabs(v) < kZeroTolerance ? 0.0 : v; }
+double snap_to_zero(double v) {
+    return std::fabs(v) < kZeroTolerance ? 0.0 : v;
+}
 
 // Turn at m between the legs a->m and m->k, in degrees.  Collinear legs give
 // 0 and a zero-length leg NaN; neither passes the positive-angle test.
@@ -169,8 +166,7 @@ double turn_degrees(const GeomPoint &a, const GeomPoint &m, const GeomPoint &k) 
     const double lu = std::sqrt(u.x * u.x + u.y * u.y + u.z * u.z);
     const double lw = std::sqrt(w.x * w.x + w.y * w.y + w.z * w.z);
     double c = (u.x * w.x + u.y * w.y + u.z * w.z) / (lu * lw);
-    if (c > 1.0)
-        c = 1.0;
+    if (c > 1.0) c = 1.0;
     return radians_to_degrees(std::acos(c));
 }
 
@@ -188,8 +184,7 @@ bool drops_2d(const GeomPoint &a, const GeomPoint &m, const GeomPoint &k, double
     const double wy = snap_to_zero(k.y - m.y);
     const double lengths = std::sqrt(ux * ux + uy * uy) * std::sqrt(wx * wx + wy * wy);
     const double c = lengths == 0.0 ? 0.0 : (ux * wx + uy * wy) / lengths;
-    if (c == -1.0)
-        return max_radians > kPiF;
+    if (c == -1.0) return max_radians > kPiF;
     const double angle = std::acos(c);
     return angle > 0.0 && max_radians > angle;
 }
@@ -197,8 +192,7 @@ bool drops_2d(const GeomPoint &a, const GeomPoint &m, const GeomPoint &k, double
 // The walk shared by both angle reducers: anchor a, middle m, far point k.
 // A dropped middle leaves the anchor where it is, so slow curves are
 // measured against the last kept point.
-template <class Drops>
-uint32_t reduce_angle(GeomPoint *points, uint32_t count, Drops drops) {
+template <class Drops> uint32_t reduce_angle(GeomPoint *points, uint32_t count, Drops drops) {
     if (count >= 3) {
         uint32_t a = 0;
         uint32_t m = 1;
@@ -233,17 +227,17 @@ uint32_t reduce_by_distance(GeomPoint *points, uint32_t count, double min_dist,
 }
 
 uint32_t reduce_by_angle_3d(GeomPoint *points, uint32_t count, double max_degrees) noexcept {
-    return reduce_angle(points, count, [max_degrees](const GeomPoint &a, const GeomPoint &m,
-                                                     const GeomPoint &k) {
-        return drops_3d(a, m, k, max_degrees);
-    });
+    return reduce_angle(points, count,
+                        [max_degrees](const GeomPoint &a, const GeomPoint &m, const GeomPoint &k) {
+                            return drops_3d(a, m, k, max_degrees);
+                        });
 }
 
 uint32_t reduce_by_angle_2d(GeomPoint *points, uint32_t count, double max_radians) noexcept {
-    return reduce_angle(points, count, [max_radians](const GeomPoint &a, const GeomPoint &m,
-                                                     const GeomPoint &k) {
-        return drops_2d(a, m, k, max_radians);
-    });
+    return reduce_angle(points, count,
+                        [max_radians](const GeomPoint &a, const GeomPoint &m, const GeomPoint &k) {
+                            return drops_2d(a, m, k, max_radians);
+                        });
 }
 
 } // namespace vexo

@@ -8,10 +8,8 @@ namespace {
 
 template <class Reduce>
 GeomPoint *reduce_in_place(GeomPoint *points, uint32_t *count, Reduce reduce) {
-    if (!count)
-        return points;
-    if (!points)
-        return *count == 0 ? points : nullptr;
+    if (!count) return points;
+    if (!points) return *count == 0 ? points : nullptr;
     *count = reduce(points, *count);
     return points;
 }
@@ -22,19 +20,15 @@ extern "C" {
 
 VEXO_API GeomPoint *vexo_geom_smoothen(GeomPoint *points, uint32_t count, double max_dist,
                                        uint32_t *status) {
-    if (status)
-        *status = VEXO_OK;
-    if (points)
-        vexo::smoothen(points, count, max_dist, true);
+    if (status) *status = VEXO_OK;
+    if (points) vexo::smoothen(points, count, max_dist, true);
     return points;
 }
 
 VEXO_API GeomPoint *vexo_geom_smoothen_2d(GeomPoint *points, uint32_t count, double max_dist,
                                           uint32_t *status) {
-    if (status)
-        *status = VEXO_OK;
-    if (points)
-        vexo::smoothen(points, count, max_dist, false);
+    if (status) *status = VEXO_OK;
+    if (points) vexo::smoothen(points, count, max_dist, false);
     return points;
 }
 

@@ -10,8 +10,7 @@ namespace {
 // (three per pixel) does not fit size_t.
 bool pixel_count(uint32_t width, uint32_t height, size_t *pixels) {
     const uint64_t n = static_cast<uint64_t>(width) * height;
-    if (n > SIZE_MAX / vexo::kColourChannels)
-        return false;
+    if (n > SIZE_MAX / vexo::kColourChannels) return false;
     *pixels = static_cast<size_t>(n);
     return true;
 }
@@ -21,19 +20,16 @@ bool pixel_count(uint32_t width, uint32_t height, size_t *pixels) {
 extern "C" {
 
 VEXO_API uint32_t vexo_gfx_process_colours(uint8_t *dst, const uint8_t *src, uint32_t width,
-                                           uint32_t height, int32_t brightness,
-                                           int32_t contrast, int32_t gamma, int32_t offset0,
-                                           int32_t offset1, int32_t offset2) {
+                                           uint32_t height, int32_t brightness, int32_t contrast,
+                                           int32_t gamma, int32_t offset0, int32_t offset1,
+                                           int32_t offset2) {
     size_t pixels = 0;
-    if (!pixel_count(width, height, &pixels))
-        return VEXO_ERROR_INVALID_PARAMETER;
-    if (pixels > 0 && (dst == nullptr || src == nullptr))
-        return VEXO_ERROR_INVALID_PARAMETER;
+    if (!pixel_count(width, height, &pixels)) return VEXO_ERROR_INVALID_PARAMETER;
+    if (pixels > 0 && (dst == nullptr || src == nullptr)) return VEXO_ERROR_INVALID_PARAMETER;
     return vexo::guard_status([&]() -> uint32_t {
         // The table is fixed by the first accepted call, empty image or not.
         const vexo::GammaTable &gamma_table = vexo::shared_gamma_table(gamma);
-        if (pixels == 0)
-            return VEXO_OK;
+        if (pixels == 0) return VEXO_OK;
         vexo::ColourLevels levels;
         levels.brightness = brightness;
         levels.contrast = contrast;

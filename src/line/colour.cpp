@@ -27,10 +27,8 @@ void build_gamma_table(float g, GammaTable &table) {
         // 0 is not 0.  Kept: existing images were corrected with this curve.
         const float base = static_cast<float>(k + 1) * 0.00390625f;
         float level = ::powf(base, g) * 65535.0f + 0.5f;
-        if (!(level > 0.0f))
-            level = 0.0f;
-        if (level > 65535.0f)
-            level = 65535.0f;
+        if (!(level > 0.0f)) level = 0.0f;
+        if (level > 65535.0f) level = 65535.0f;
         // The curve is held as 16-bit levels; the +0.5 above rounds to them.
         const auto quantised = static_cast<uint16_t>(level);
         table[k] = static_cast<float>(quantised) / 65535.0f;
@@ -54,15 +52,12 @@ float contrast_factor(int32_t contrast) {
     return c * c;
 }
 
-uint8_t colour_level(float gamma_value, float contrast_factor, int32_t brightness,
-                     int32_t offset) {
+uint8_t colour_level(float gamma_value, float contrast_factor, int32_t brightness, int32_t offset) {
     float r = ((gamma_value - 0.5f) * contrast_factor + 0.5f) * 255.0f;
     r = r + static_cast<float>(brightness);
     r = r + static_cast<float>(offset);
-    if (!(r > 0.0f))
-        return 0;
-    if (r > 255.0f)
-        return 255;
+    if (!(r > 0.0f)) return 0;
+    if (r > 255.0f) return 255;
     return static_cast<uint8_t>(r);
 }
 
@@ -92,7 +87,9 @@ inline uint64_t map_word(const uint8_t *s, const uint8_t *a, const uint8_t *b, c
            uint64_t{a[s[6]]} << 48 | uint64_t{b[s[7]]} << 56;
 }
 
-inline void store_word(uint8_t *p, uint64_t w) { std::memcpy(p, &w, sizeof w); }
+inline void store_word(uint8_t *p, uint64_t w) {
+    std::memcpy(p, &w, sizeof w);
+}
 
 bool little_endian_host() {
     const uint16_t probe = 1;
@@ -102,8 +99,7 @@ bool little_endian_host() {
 }
 
 void map_bytes(uint8_t *dst, const uint8_t *src, size_t bytes, const ChannelTables &t) {
-    for (size_t i = 0; i < bytes; ++i)
-        dst[i] = t[i % kColourChannels][src[i]];
+    for (size_t i = 0; i < bytes; ++i) dst[i] = t[i % kColourChannels][src[i]];
 }
 
 } // namespace

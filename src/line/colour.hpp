@@ -34,8 +34,7 @@ void build_gamma_table(float g, GammaTable &table);
 const GammaTable &shared_gamma_table(int32_t gamma);
 
 // One output byte from the gamma-table value of its input byte.
-uint8_t colour_level(float gamma_value, float contrast_factor, int32_t brightness,
-                     int32_t offset);
+uint8_t colour_level(float gamma_value, float contrast_factor, int32_t brightness, int32_t offset);
 
 // (contrast + 100) / 100 squared, in f32.
 float contrast_factor(int32_t contrast);

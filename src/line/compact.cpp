@@ -4,15 +4,16 @@ namespace vexo {
 
 namespace {
 
-bool is_processed(const GeomPoint &p) { return (p.flags & VEXO_POINT_PROCESSED) != 0; }
+bool is_processed(const GeomPoint &p) {
+    return (p.flags & VEXO_POINT_PROCESSED) != 0;
+}
 
 } // namespace
 
 uint32_t remove_processed(GeomPoint *points, uint32_t count) noexcept {
     // Points before the first removed one stay where they are.
     uint32_t read = 0;
-    while (read < count && !is_processed(points[read]))
-        ++read;
+    while (read < count && !is_processed(points[read])) ++read;
     return read + move_unprocessed(points + read, points + read, count - read);
 }
 

@@ -26,13 +26,14 @@ bool contains_on_grid(const Segment &s, double x, double y) {
     return within_on_grid(x, s.p0.x, s.p1.x) && within_on_grid(y, s.p0.y, s.p1.y);
 }
 
-double slope(const Segment &s, double dx) { return (s.p1.y - s.p0.y) / dx; }
+double slope(const Segment &s, double dx) {
+    return (s.p1.y - s.p0.y) / dx;
+}
 
 // z at (x, y) interpolated along segment a by 2D distance from its start.
 double z_along(const Segment &a, double x, double y) {
     const double length = segment_length(a.p0, a.p1, true);
-    if (!(length > 0.0))
-        return a.p0.z;
+    if (!(length > 0.0)) return a.p0.z;
     GeomPoint at = a.p0;
     at.x = x;
     at.y = y;
@@ -48,8 +49,7 @@ double round4(double v) {
 }
 
 uint32_t line_crossing(const GeomPoint &a0, const GeomPoint &a1, bool a_unbounded,
-                       const GeomPoint &b0, const GeomPoint &b1, bool b_unbounded,
-                       GeomPoint *out) {
+                       const GeomPoint &b0, const GeomPoint &b1, bool b_unbounded, GeomPoint *out) {
     const Segment a{a0, a1};
     const Segment b{b0, b1};
     out->flags = a.p0.flags & a.p1.flags & b.p0.flags & b.p1.flags & VEXO_POINT_KEEP;
@@ -83,10 +83,8 @@ uint32_t line_crossing(const GeomPoint &a0, const GeomPoint &a1, bool a_unbounde
     out->x = x;
     out->y = y;
     out->z = 0.0;
-    if (!a_unbounded && !contains_on_grid(a, x, y))
-        return VEXO_CROSSING_OUTSIDE;
-    if (!b_unbounded && !contains_on_grid(b, x, y))
-        return VEXO_CROSSING_OUTSIDE;
+    if (!a_unbounded && !contains_on_grid(a, x, y)) return VEXO_CROSSING_OUTSIDE;
+    if (!b_unbounded && !contains_on_grid(b, x, y)) return VEXO_CROSSING_OUTSIDE;
     out->z = z_along(a, x, y);
     return VEXO_CROSSING_FOUND;
 }

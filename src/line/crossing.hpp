@@ -15,7 +15,6 @@ double round4(double v);
 // code.  out.flags is always written; x, y, z as the code describes.  The
 // inputs are read before out is written, so out may be one of them.
 uint32_t line_crossing(const GeomPoint &a0, const GeomPoint &a1, bool a_unbounded,
-                       const GeomPoint &b0, const GeomPoint &b1, bool b_unbounded,
-                       GeomPoint *out);
+                       const GeomPoint &b0, const GeomPoint &b1, bool b_unbounded, GeomPoint *out);
 
 } // namespace vexo

@@ -43,8 +43,7 @@ uint32_t collect_crossings(const GeomPoint &a, const GeomPoint &b, const ClipRec
     };
     uint32_t found = 0;
     for (size_t e = 0; e < 4; ++e) {
-        if (e >= 2 && found >= 2)
-            break;
+        if (e >= 2 && found >= 2) break;
         GeomPoint crossing{};
         if (line_crossing(a, b, false, *edges[e].first, *edges[e].second, false, &crossing) ==
                 VEXO_CROSSING_FOUND &&
@@ -54,7 +53,9 @@ uint32_t collect_crossings(const GeomPoint &a, const GeomPoint &b, const ClipRec
     return found;
 }
 
-double snap_to_zero(double v) { return std::fabs(v) < kZeroTolerance ? 0.0 : v; }
+double snap_to_zero(double v) {
+    return std::fabs(v) < kZeroTolerance ? 0.0 : v;
+}
 
 bool runs_against(double along, double result) {
     return (along > 0.0 && result < 0.0) || (along < 0.0 && result > 0.0);
@@ -66,18 +67,15 @@ void orient_like(const GeomPoint &a, const GeomPoint &b, GeomPoint part[2]) {
     const double dy = snap_to_zero(b.y - a.y);
     const double ex = snap_to_zero(part[1].x - part[0].x);
     const double ey = snap_to_zero(part[1].y - part[0].y);
-    if (runs_against(dx, ex) || runs_against(dy, ey))
-        std::swap(part[0], part[1]);
+    if (runs_against(dx, ex) || runs_against(dy, ey)) std::swap(part[0], part[1]);
 }
 
 } // namespace
 
 GeomPoint *inner_part(const GeomPoint &a, const GeomPoint &b, const ClipRect &rect) noexcept {
-    if (both_outside_one_side(a, b, rect))
-        return nullptr;
+    if (both_outside_one_side(a, b, rect)) return nullptr;
     GeomPoint *part = resize_points(nullptr, 2);
-    if (!part)
-        return nullptr;
+    if (!part) return nullptr;
     std::memset(part, 0, 2 * sizeof(GeomPoint));
 
     const bool a_inside = rect.contains(a);

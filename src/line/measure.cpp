@@ -13,7 +13,9 @@ bool between(double v, double end0, double end1) {
     return (end0 <= v && v <= end1) || (end1 <= v && v <= end0);
 }
 
-double snap_to_zero(double v) { return std::fabs(v) < kZeroTolerance ? 0.0 : v; }
+double snap_to_zero(double v) {
+    return std::fabs(v) < kZeroTolerance ? 0.0 : v;
+}
 
 } // namespace
 
@@ -26,8 +28,8 @@ uint32_t dot_count(double length, double spacing, double extra) {
     return static_cast<uint32_t>(static_cast<uint64_t>(dots));
 }
 
-bool place_dot(const GeomPoint &a, const GeomPoint &b, double spacing, int32_t index,
-               double offset, GeomPoint *out) {
+bool place_dot(const GeomPoint &a, const GeomPoint &b, double spacing, int32_t index, double offset,
+               GeomPoint *out) {
     double dx = b.x - a.x;
     double dy = b.y - a.y;
     double dz = b.z - a.z;

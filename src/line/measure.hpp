@@ -11,8 +11,7 @@ namespace vexo {
 
 // |a - b| with the z term chosen at compile time, for the hot loops of the
 // point-list passes.  Differences are taken a - b.
-template <bool WithZ>
-inline double point_distance(const GeomPoint &a, const GeomPoint &b) {
+template <bool WithZ> inline double point_distance(const GeomPoint &a, const GeomPoint &b) {
     const double dx = a.x - b.x;
     const double dy = a.y - b.y;
     if constexpr (WithZ) {
@@ -31,8 +30,8 @@ uint32_t dot_count(double length, double spacing, double extra);
 
 // The dot spacing * index + offset along a->b; true when it lies inside the
 // segment's bounding box (bounds inclusive).
-bool place_dot(const GeomPoint &a, const GeomPoint &b, double spacing, int32_t index,
-               double offset, GeomPoint *out);
+bool place_dot(const GeomPoint &a, const GeomPoint &b, double spacing, int32_t index, double offset,
+               GeomPoint *out);
 
 // b - a in x and y, components below the zero tolerance snapped to 0.
 void difference_2d(const GeomPoint &a, const GeomPoint &b, double out[2]);

@@ -11,8 +11,7 @@ namespace vexo {
 // plain cast would be undefined behaviour here.
 inline int64_t truncate_to_int64(double v) {
     constexpr double kLimit = 9223372036854775808.0; // 2^63
-    if (!(v >= -kLimit && v < kLimit))
-        return INT64_MIN;
+    if (!(v >= -kLimit && v < kLimit)) return INT64_MIN;
     return static_cast<int64_t>(v);
 }
 

@@ -28,8 +28,7 @@ namespace {
 std::string application_data_folder() {
     wchar_t wide[MAX_PATH] = {0};
     HRESULT hr = SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, wide);
-    if (hr == E_FAIL)
-        SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_DEFAULT, wide);
+    if (hr == E_FAIL) SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_DEFAULT, wide);
     std::string narrow;
     for (int i = 0; i < 65 && wide[i] != 0; ++i)
         narrow.push_back(static_cast<char>(wide[i] & 0xFF));
@@ -40,8 +39,7 @@ std::string application_data_folder() {
 
 std::string runtime_data_folder(bool create) {
     std::string folder = application_data_folder() + "\\.vexo_rtdata\\";
-    if (create)
-        _mkdir(folder.c_str()); // an existing folder is fine
+    if (create) _mkdir(folder.c_str()); // an existing folder is fine
     return folder;
 }
 
@@ -53,8 +51,7 @@ constexpr mode_t kPrivateFolder = 0700;
 
 std::string home_folder() {
     const char *home = std::getenv("HOME");
-    if (home != nullptr && home[0] != '\0')
-        return home;
+    if (home != nullptr && home[0] != '\0') return home;
     // No HOME (daemons, sanitised environments): ask the user database.
     long size = sysconf(_SC_GETPW_R_SIZE_MAX);
     std::vector<char> buffer(size > 0 ? static_cast<size_t>(size) : 16384);
@@ -70,22 +67,18 @@ std::string home_folder() {
 // absolute path (relative values are to be ignored).
 std::string user_data_folder() {
     const char *xdg = std::getenv("XDG_DATA_HOME");
-    if (xdg != nullptr && xdg[0] == '/')
-        return xdg;
+    if (xdg != nullptr && xdg[0] == '/') return xdg;
     const std::string home = home_folder();
-    if (home.empty())
-        return std::string();
+    if (home.empty()) return std::string();
     return home + "/.local/share";
 }
 
 // mkdir -p: every missing component, each private to the user.
 void make_folders(const std::string &path) {
     for (size_t at = 1; at <= path.size(); ++at) {
-        if (at < path.size() && path[at] != '/')
-            continue;
+        if (at < path.size() && path[at] != '/') continue;
         const std::string prefix = path.substr(0, at);
-        if (mkdir(prefix.c_str(), kPrivateFolder) != 0 && errno != EEXIST)
-            return;
+        if (mkdir(prefix.c_str(), kPrivateFolder) != 0 && errno != EEXIST) return;
     }
 }
 
@@ -93,16 +86,12 @@ void make_folders(const std::string &path) {
 
 std::string runtime_data_folder(bool create) {
     const std::string base = user_data_folder();
-    if (base.empty())
-        return std::string();
+    if (base.empty()) return std::string();
     std::string folder = base;
-    while (folder.size() > 1 && folder.back() == '/')
-        folder.pop_back();
-    if (folder != "/")
-        folder += '/';
+    while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+    if (folder != "/") folder += '/';
     folder += ".vexo_rtdata";
-    if (create)
-        make_folders(folder);
+    if (create) make_folders(folder);
     return folder + '/';
 }
 

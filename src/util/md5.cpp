@@ -28,7 +28,9 @@ const SineTable &sine_table() {
 // Left-rotation amounts, four per round.
 constexpr int kShifts[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
 
-inline uint32_t rotate_left(uint32_t v, int s) { return (v << s) | (v >> (32 - s)); }
+inline uint32_t rotate_left(uint32_t v, int s) {
+    return (v << s) | (v >> (32 - s));
+}
 
 } // namespace
 
@@ -36,8 +38,7 @@ Md5::Md5() : state_{0x67452301u, 0xEFCDAB89u, 0x98BADCFEu, 0x10325476u}, pending
 
 void Md5::process_block(const uint8_t *block) {
     uint32_t x[16];
-    for (int i = 0; i < 16; ++i)
-        x[i] = load_le32(block + 4 * i);
+    for (int i = 0; i < 16; ++i) x[i] = load_le32(block + 4 * i);
     const uint32_t *t = sine_table().t;
     uint32_t a = state_[0], b = state_[1], c = state_[2], d = state_[3];
     for (int i = 0; i < 64; ++i) {
@@ -82,15 +83,12 @@ void Md5::update(const uint8_t *data, size_t length) {
         pending_bytes_ += take;
         data += take;
         length -= take;
-        if (pending_bytes_ < sizeof pending_)
-            return;
+        if (pending_bytes_ < sizeof pending_) return;
         process_block(pending_);
         pending_bytes_ = 0;
     }
-    for (; length >= 64; data += 64, length -= 64)
-        process_block(data);
-    if (length > 0)
-        std::memcpy(pending_, data, length);
+    for (; length >= 64; data += 64, length -= 64) process_block(data);
+    if (length > 0) std::memcpy(pending_, data, length);
     pending_bytes_ = length;
 }
 
@@ -105,15 +103,13 @@ Md5Digest Md5::finish() {
     update(tail, zeros);
     update(length_bytes, 8);
     Md5Digest digest;
-    for (int i = 0; i < 4; ++i)
-        store_le32(digest.data() + 4 * i, state_[i]);
+    for (int i = 0; i < 4; ++i) store_le32(digest.data() + 4 * i, state_[i]);
     return digest;
 }
 
 Md5Digest md5(const uint8_t *data, size_t length) {
     Md5 h;
-    if (length > 0)
-        h.update(data, length);
+    if (length > 0) h.update(data, length);
     return h.finish();
 }
 

@@ -12,12 +12,12 @@ namespace vexo {
 using Md5Digest = std::array<uint8_t, 16>;
 
 class Md5 {
-  public:
+public:
     Md5();
     void update(const uint8_t *data, size_t length);
     Md5Digest finish();
 
-  private:
+private:
     void process_block(const uint8_t *block);
 
     uint32_t state_[4];

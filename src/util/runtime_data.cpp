@@ -31,11 +31,9 @@ constexpr const char *kReadMode = "r";
 
 uint32_t save_runtime_data(const std::string &file_name, const uint8_t *data, size_t size) {
     const std::string folder = runtime_data_folder(true);
-    if (folder.empty())
-        return VEXO_ERROR_FILE_ACCESS;
+    if (folder.empty()) return VEXO_ERROR_FILE_ACCESS;
     std::FILE *file = std::fopen((folder + file_name).c_str(), kWriteMode);
-    if (file == nullptr)
-        return VEXO_ERROR_FILE_ACCESS;
+    if (file == nullptr) return VEXO_ERROR_FILE_ACCESS;
     const size_t written = size > 0 ? std::fwrite(data, 1, size, file) : 0;
     // Buffered bytes that cannot be flushed were not written either.
     const bool closed = std::fclose(file) == 0;
@@ -44,11 +42,9 @@ uint32_t save_runtime_data(const std::string &file_name, const uint8_t *data, si
 
 uint32_t load_runtime_data(const std::string &file_name, uint8_t *buffer, size_t size) {
     const std::string folder = runtime_data_folder(false);
-    if (folder.empty())
-        return VEXO_ERROR_FILE_ACCESS;
+    if (folder.empty()) return VEXO_ERROR_FILE_ACCESS;
     std::FILE *file = std::fopen((folder + file_name).c_str(), kReadMode);
-    if (file == nullptr)
-        return VEXO_ERROR_FILE_ACCESS;
+    if (file == nullptr) return VEXO_ERROR_FILE_ACCESS;
     const size_t read = size > 0 ? std::fread(buffer, 1, size, file) : 0;
     std::fclose(file);
     return read == size ? VEXO_OK : VEXO_ERROR_READ_FILE;

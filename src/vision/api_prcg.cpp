@@ -9,19 +9,15 @@
 extern "C" {
 
 VEXO_API PatternKeypoint *vexo_prcg_gen_keypoints(const ImageBlock *image, int32_t *count,
-                                                  uint32_t *options, int32_t left,
-                                                  int32_t top, int32_t right,
-                                                  int32_t bottom) {
-    if (!count)
-        return nullptr;
+                                                  uint32_t *options, int32_t left, int32_t top,
+                                                  int32_t right, int32_t bottom) {
+    if (!count) return nullptr;
     *count = -1;
-    if (!image || !options)
-        return nullptr;
+    if (!image || !options) return nullptr;
     const vexo::PatternRect rect{left, top, right, bottom};
     PatternKeypoint *out = vexo::guard_value<PatternKeypoint *>(
         [&] { return vexo::generate_keypoints(image, count, options, rect); }, nullptr);
-    if (!out)
-        *count = -1;
+    if (!out) *count = -1;
     return out;
 }
 
@@ -29,11 +25,12 @@ VEXO_API PatternKeypoint *vexo_prcg_alloc_keypoints(uint32_t count) {
     return vexo::allocate_keypoints(count);
 }
 
-VEXO_API void vexo_prcg_release_keypoints(PatternKeypoint *keypoints) { std::free(keypoints); }
+VEXO_API void vexo_prcg_release_keypoints(PatternKeypoint *keypoints) {
+    std::free(keypoints);
+}
 
-VEXO_API Recogniser *vexo_prcg_create_recogniser(const PatternKeypoint *keypoints,
-                                                 int32_t count, uint32_t options,
-                                                 const ImageBlock *reference,
+VEXO_API Recogniser *vexo_prcg_create_recogniser(const PatternKeypoint *keypoints, int32_t count,
+                                                 uint32_t options, const ImageBlock *reference,
                                                  int32_t origin_x, int32_t origin_y) {
     return vexo::guard_value<Recogniser *>(
         [&] {
@@ -45,8 +42,7 @@ VEXO_API Recogniser *vexo_prcg_create_recogniser(const PatternKeypoint *keypoint
 
 VEXO_API void vexo_prcg_start_recogniser(Recogniser *rec, const ImageBlock *frame,
                                          RecognitionResult *result) {
-    if (!result)
-        return;
+    if (!result) return;
     if (!rec) {
         result->x = result->y = result->rotation = 0.0f;
         result->status = int32_t(VEXO_ERROR_NO_HANDLE);
@@ -62,6 +58,8 @@ VEXO_API void vexo_prcg_start_recogniser(Recogniser *rec, const ImageBlock *fram
     }
 }
 
-VEXO_API void vexo_prcg_release_recogniser(Recogniser *rec) { delete rec; }
+VEXO_API void vexo_prcg_release_recogniser(Recogniser *rec) {
+    delete rec;
+}
 
 } // extern "C"

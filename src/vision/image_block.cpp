@@ -8,8 +8,7 @@
 namespace vexo {
 
 bool image_geometry(const ImageBlock *block, ImageGeometry *geometry) {
-    if (!block || block->kind != VEXO_IMAGE_KIND)
-        return false;
+    if (!block || block->kind != VEXO_IMAGE_KIND) return false;
     int32_t bytes_per_pixel;
     if (block->format == IMAGE_FORMAT_RGB24)
         bytes_per_pixel = 3;
@@ -56,8 +55,7 @@ void colour_rows_to_grey(const uint8_t *src, int32_t width, cv::Mat &grey, const
 
 bool image_block_to_grey(const ImageBlock *block, cv::Mat &grey) {
     ImageGeometry g;
-    if (!image_geometry(block, &g))
-        return false;
+    if (!image_geometry(block, &g)) return false;
     grey.create(g.height, g.width, CV_8UC1);
     const uint8_t *src = image_pixels(block);
     if (g.bytes_per_pixel == 1) {
@@ -76,8 +74,7 @@ bool image_block_to_grey(const ImageBlock *block, cv::Mat &grey) {
 
 cv::Mat image_block_to_grey(const ImageBlock *block) {
     cv::Mat grey;
-    if (!image_block_to_grey(block, grey))
-        return cv::Mat();
+    if (!image_block_to_grey(block, grey)) return cv::Mat();
     return grey;
 }
 

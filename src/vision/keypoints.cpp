@@ -11,12 +11,9 @@ namespace vexo {
 
 int32_t to_thousandths(float value) {
     const double scaled = std::round(double(value) * 1000.0); // halves away from zero
-    if (std::isnan(scaled))
-        return 0;
-    if (scaled >= double(INT32_MAX))
-        return INT32_MAX;
-    if (scaled <= double(INT32_MIN))
-        return INT32_MIN;
+    if (std::isnan(scaled)) return 0;
+    if (scaled >= double(INT32_MAX)) return INT32_MAX;
+    if (scaled <= double(INT32_MIN)) return INT32_MIN;
     return int32_t(scaled);
 }
 
@@ -45,8 +42,7 @@ bool footprint_inside(const cv::KeyPoint &kp, const PatternRect &rect) {
 }
 
 DetectorKind choose_detector(size_t sift, size_t surf, size_t orb) {
-    if (sift < surf || sift == 0)
-        return surf < orb ? DetectorKind::Orb : DetectorKind::Surf;
+    if (sift < surf || sift == 0) return surf < orb ? DetectorKind::Orb : DetectorKind::Surf;
     return sift < orb ? DetectorKind::Orb : DetectorKind::Sift;
 }
 
@@ -78,8 +74,7 @@ cv::Mat rectangle_mask(cv::Size image, const PatternRect &rect) {
 }
 
 PatternKeypoint *allocate_keypoints(size_t count) {
-    if (count == 0)
-        return nullptr;
+    if (count == 0) return nullptr;
     return static_cast<PatternKeypoint *>(std::calloc(count, sizeof(PatternKeypoint)));
 }
 
@@ -87,41 +82,35 @@ namespace {
 
 size_t footprint_score(const std::vector<cv::KeyPoint> &kps, const PatternRect &rect) {
     size_t score = 0;
-    for (const auto &kp : kps)
-        score += footprint_inside(kp, rect);
+    for (const auto &kp : kps) score += footprint_inside(kp, rect);
     return score;
 }
 
 } // namespace
 
-PatternKeypoint *generate_keypoints(const ImageBlock *image, int32_t *count,
-                                    uint32_t *options, const PatternRect &rect) {
+PatternKeypoint *generate_keypoints(const ImageBlock *image, int32_t *count, uint32_t *options,
+                                    const PatternRect &rect) {
     *count = -1;
     const cv::Mat grey = image_block_to_grey(image);
-    if (grey.empty())
-        return nullptr;
+    if (grey.empty()) return nullptr;
     const cv::Mat mask = rectangle_mask(grey.size(), rect);
     const DetectorKind kinds[3] = {DetectorKind::Sift, DetectorKind::Surf, DetectorKind::Orb};
     std::array<std::vector<cv::KeyPoint>, 3> found;
     std::array<size_t, 3> scores{};
     for (int k = 0; k < 3; ++k) {
-        if (!detector_allowed(kinds[k], *options))
-            continue;
+        if (!detector_allowed(kinds[k], *options)) continue;
         make_detector(kinds[k])->detect(grey, found[size_t(k)], mask);
         scores[size_t(k)] = footprint_score(found[size_t(k)], rect);
     }
     const DetectorKind choice = choose_detector(scores[0], scores[1], scores[2]);
     *options = (*options & ~RECOGNISER_DETECTOR_MASK) | detector_bit(choice);
     const auto &chosen = found[size_t(choice)];
-    if (chosen.empty() || chosen.size() > size_t(INT32_MAX))
-        return nullptr;
+    if (chosen.empty() || chosen.size() > size_t(INT32_MAX)) return nullptr;
     PatternKeypoint *out = allocate_keypoints(chosen.size());
-    if (!out)
-        return nullptr;
+    if (!out) return nullptr;
     int32_t stored = 0;
     for (const auto &kp : chosen)
-        if (footprint_inside(kp, rect))
-            out[stored++] = to_pattern_keypoint(kp);
+        if (footprint_inside(kp, rect)) out[stored++] = to_pattern_keypoint(kp);
     *count = stored;
     return out;
 }

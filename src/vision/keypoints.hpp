@@ -46,7 +46,7 @@ PatternKeypoint *allocate_keypoints(size_t count);
 
 // The whole teaching step; *count is -1 unless an array is returned.
 // May throw (cv::Exception, std::bad_alloc).
-PatternKeypoint *generate_keypoints(const ImageBlock *image, int32_t *count,
-                                    uint32_t *options, const PatternRect &rect);
+PatternKeypoint *generate_keypoints(const ImageBlock *image, int32_t *count, uint32_t *options,
+                                    const PatternRect &rect);
 
 } // namespace vexo

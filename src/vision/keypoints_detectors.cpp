@@ -39,8 +39,7 @@ cv::Ptr<cv::Feature2D> make_detector(DetectorKind kind) {
 }
 
 cv::Ptr<cv::Feature2D> make_extractor(DetectorKind kind) {
-    if (kind == DetectorKind::Surf)
-        return Surf::create(100, 4, 3, false, false);
+    if (kind == DetectorKind::Surf) return Surf::create(100, 4, 3, false, false);
     return make_detector(kind);
 }
 

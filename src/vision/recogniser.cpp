@@ -23,10 +23,10 @@ cv::Ptr<cv::Feature2D> &slot_of(Recogniser &rec, DetectorKind kind) {
 }
 
 // The filled slot, if any.
-bool stored_detector(const Recogniser &rec, DetectorKind *kind,
-                     cv::Ptr<cv::Feature2D> *detector) {
+bool stored_detector(const Recogniser &rec, DetectorKind *kind, cv::Ptr<cv::Feature2D> *detector) {
     const std::pair<DetectorKind, const cv::Ptr<cv::Feature2D> *> slots[] = {
-        {DetectorKind::Sift, &rec.sift}, {DetectorKind::Surf, &rec.surf},
+        {DetectorKind::Sift, &rec.sift},
+        {DetectorKind::Surf, &rec.surf},
         {DetectorKind::Orb, &rec.orb}};
     for (const auto &slot : slots)
         if (!slot.second->empty()) {
@@ -38,19 +38,18 @@ bool stored_detector(const Recogniser &rec, DetectorKind *kind,
 }
 
 cv::Ptr<cv::DescriptorMatcher> make_matcher(DetectorKind kind, uint32_t options) {
-    if (kind == DetectorKind::Orb)
-        return cv::BFMatcher::create(cv::NORM_HAMMING, false);
+    if (kind == DetectorKind::Orb) return cv::BFMatcher::create(cv::NORM_HAMMING, false);
     if ((options & RECOGNISER_MATCHER_MASK) == RECOGNISER_FLANN)
-        return cv::makePtr<cv::FlannBasedMatcher>(cv::makePtr<cv::flann::KDTreeIndexParams>(4),
-                                                  cv::makePtr<cv::flann::SearchParams>(32, 0, true));
+        return cv::makePtr<cv::FlannBasedMatcher>(
+            cv::makePtr<cv::flann::KDTreeIndexParams>(4),
+            cv::makePtr<cv::flann::SearchParams>(32, 0, true));
     return cv::BFMatcher::create(cv::NORM_L2, false);
 }
 
 // ORB picks the pyramid level of a provided keypoint from its octave; a
 // record from elsewhere must not name a level that does not exist.
 void clamp_orb_octaves(std::vector<cv::KeyPoint> &kps) {
-    for (auto &kp : kps)
-        kp.octave = std::clamp(kp.octave, 0, kOrbLevels - 1);
+    for (auto &kp : kps) kp.octave = std::clamp(kp.octave, 0, kOrbLevels - 1);
 }
 
 double rotation_of(const cv::Mat &h, bool *ok) {
@@ -62,8 +61,7 @@ double rotation_of(const cv::Mat &h, bool *ok) {
     // H goes in transposed; the decomposition then reads its rotation.
     double *e = reinterpret_cast<double *>(m);
     for (int col = 0; col < 3; ++col)
-        for (int row = 0; row < 3; ++row)
-            e[4 * col + row] = h.at<double>(row, col);
+        for (int row = 0; row < 3; ++row) e[4 * col + row] = h.at<double>(row, col);
     double az = 0.0;
     vexo_matrix_get_rotation(m, nullptr, nullptr, &az);
     vexo_matrix_release(m);
@@ -73,14 +71,11 @@ double rotation_of(const cv::Mat &h, bool *ok) {
 
 } // namespace
 
-Recogniser *create_recogniser(const PatternKeypoint *keypoints, int32_t count,
-                              uint32_t options, const ImageBlock *reference,
-                              int32_t origin_x, int32_t origin_y) {
-    if (count < 3 || !keypoints)
-        return nullptr;
+Recogniser *create_recogniser(const PatternKeypoint *keypoints, int32_t count, uint32_t options,
+                              const ImageBlock *reference, int32_t origin_x, int32_t origin_y) {
+    if (count < 3 || !keypoints) return nullptr;
     std::unique_ptr<Recogniser> rec(new (std::nothrow) Recogniser);
-    if (!rec)
-        return nullptr;
+    if (!rec) return nullptr;
     rec->origin_x = origin_x;
     rec->origin_y = origin_y;
     rec->options = options;
@@ -88,15 +83,12 @@ Recogniser *create_recogniser(const PatternKeypoint *keypoints, int32_t count,
     for (int32_t k = 0; k < count; ++k)
         rec->pattern_keypoints.push_back(from_pattern_keypoint(keypoints[k]));
     const cv::Mat grey = image_block_to_grey(reference);
-    if (grey.empty())
-        return rec.release(); // usable handle, but it never finds anything
+    if (grey.empty()) return rec.release(); // usable handle, but it never finds anything
     const DetectorKind kind = detector_kind_of(options);
-    if (kind == DetectorKind::Orb)
-        clamp_orb_octaves(rec->pattern_keypoints);
+    if (kind == DetectorKind::Orb) clamp_orb_octaves(rec->pattern_keypoints);
     make_extractor(kind)->compute(grey, rec->pattern_keypoints, rec->pattern_descriptors);
     slot_of(*rec, kind) = make_detector(kind);
-    if (slot_of(*rec, kind).empty())
-        return nullptr;
+    if (slot_of(*rec, kind).empty()) return nullptr;
     return rec.release();
 }
 
@@ -104,14 +96,12 @@ std::vector<cv::DMatch> ratio_filter(const std::vector<std::vector<cv::DMatch>> 
                                      int query_rows, int train_rows) {
     std::vector<cv::DMatch> kept;
     for (const auto &list : lists) {
-        if (list.size() < 2)
-            continue;
+        if (list.size() < 2) continue;
         const cv::DMatch &best = list[0], &second = list[1];
         if (best.queryIdx < 0 || best.queryIdx >= query_rows || best.trainIdx < 0 ||
             best.trainIdx >= train_rows || second.trainIdx < 0 || second.trainIdx >= train_rows)
             continue;
-        if (double(best.distance) < kMatchRatio * double(second.distance))
-            kept.push_back(best);
+        if (double(best.distance) < kMatchRatio * double(second.distance)) kept.push_back(best);
     }
     return kept;
 }
@@ -160,8 +150,7 @@ void run_recogniser(const Recogniser &rec, const ImageBlock *frame, RecognitionR
     }
     // Fewer than four pairs cannot fix a homography.
     cv::Mat h;
-    if (pattern_points.size() >= 4)
-        h = cv::findHomography(pattern_points, frame_points, 0, 3.0);
+    if (pattern_points.size() >= 4) h = cv::findHomography(pattern_points, frame_points, 0, 3.0);
     if (h.empty() || h.rows != 3 || h.cols != 3 || h.type() != CV_64F) {
         result->status = int32_t(VEXO_ERROR_INVALID_PARAMETER);
         return;

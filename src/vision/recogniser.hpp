@@ -31,9 +31,8 @@ constexpr double kMatchRatio = 0.75;
 
 // New recogniser, or NULL (fewer than 3 keypoints, no detector filled).
 // May throw (cv::Exception, std::bad_alloc).
-Recogniser *create_recogniser(const PatternKeypoint *keypoints, int32_t count,
-                              uint32_t options, const ImageBlock *reference,
-                              int32_t origin_x, int32_t origin_y);
+Recogniser *create_recogniser(const PatternKeypoint *keypoints, int32_t count, uint32_t options,
+                              const ImageBlock *reference, int32_t origin_x, int32_t origin_y);
 
 // Finds the pattern in the frame and fills result (status included).
 // May throw (cv::Exception, std::bad_alloc); result->status is then left

@@ -10,8 +10,7 @@ namespace {
 cv::Mat to_grey(cv::InputArray image) {
     const cv::Mat in = image.getMat();
     CV_Assert(in.depth() == CV_8U);
-    if (in.channels() == 1)
-        return in;
+    if (in.channels() == 1) return in;
     cv::Mat grey;
     cv::cvtColor(in, grey, in.channels() == 4 ? cv::COLOR_BGRA2GRAY : cv::COLOR_BGR2GRAY);
     return grey;
@@ -19,8 +18,8 @@ cv::Mat to_grey(cv::InputArray image) {
 
 } // namespace
 
-cv::Ptr<Surf> Surf::create(double hessian_threshold, int octaves, int octave_layers,
-                           bool extended, bool upright) {
+cv::Ptr<Surf> Surf::create(double hessian_threshold, int octaves, int octave_layers, bool extended,
+                           bool upright) {
     SurfParams params;
     params.hessian_threshold = hessian_threshold;
     params.octaves = octaves;
@@ -35,10 +34,8 @@ void Surf::detectAndCompute(cv::InputArray image, cv::InputArray mask,
                             bool use_provided_keypoints) {
     const cv::Mat grey = to_grey(image);
     if (grey.empty()) {
-        if (!use_provided_keypoints)
-            keypoints.clear();
-        if (descriptors.needed())
-            descriptors.release();
+        if (!use_provided_keypoints) keypoints.clear();
+        if (descriptors.needed()) descriptors.release();
         return;
     }
     const IntegralImage integral(grey);

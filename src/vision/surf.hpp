@@ -28,8 +28,7 @@ public:
     explicit Surf(const SurfParams &params) : params_(params) {}
 
     static cv::Ptr<Surf> create(double hessian_threshold = 100.0, int octaves = 4,
-                                int octave_layers = 3, bool extended = false,
-                                bool upright = false);
+                                int octave_layers = 3, bool extended = false, bool upright = false);
 
     // With use_provided_keypoints the given keypoints are kept (none is
     // dropped, in order) and only their orientation and descriptor are

@@ -77,16 +77,13 @@ double dominant_orientation(const IntegralImage &ii, float x, float y, float sca
     responses.reserve(samples.size());
     for (const auto &s : samples) {
         const Wavelet w = haar(ii, x + s.i * double(scale), y + s.j * double(scale), side);
-        if (w.dx == 0.0f && w.dy == 0.0f)
-            continue;
+        if (w.dx == 0.0f && w.dy == 0.0f) continue;
         const double dx = double(s.weight) * w.dx, dy = double(s.weight) * w.dy;
         double angle = std::atan2(dy, dx);
-        if (angle < 0)
-            angle += kTwoPi;
+        if (angle < 0) angle += kTwoPi;
         responses.push_back({angle, dx, dy});
     }
-    if (responses.empty())
-        return 0.0;
+    if (responses.empty()) return 0.0;
     std::sort(responses.begin(), responses.end(),
               [](const Polar &a, const Polar &b) { return a.angle < b.angle; });
     const size_t n = responses.size();
@@ -102,8 +99,7 @@ double dominant_orientation(const IntegralImage &ii, float x, float y, float sca
         while (end < k + n) {
             const Polar &p = responses[end % n];
             const double a = p.angle + (end >= n ? kTwoPi : 0.0);
-            if (a - responses[k].angle >= kWindow)
-                break;
+            if (a - responses[k].angle >= kWindow) break;
             sum_dx += p.dx;
             sum_dy += p.dy;
             ++end;
@@ -118,8 +114,7 @@ double dominant_orientation(const IntegralImage &ii, float x, float y, float sca
         sum_dy -= responses[k].dy;
     }
     double angle = std::atan2(best_dy, best_dx);
-    if (angle < 0)
-        angle += kTwoPi;
+    if (angle < 0) angle += kTwoPi;
     return angle;
 }
 
@@ -141,8 +136,7 @@ void describe_one(const IntegralImage &ii, const cv::KeyPoint &kp, double orient
                   bool extended, float *out) {
     const int length = extended ? 128 : 64;
     std::fill(out, out + length, 0.0f);
-    if (!std::isfinite(kp.pt.x) || !std::isfinite(kp.pt.y))
-        return;
+    if (!std::isfinite(kp.pt.x) || !std::isfinite(kp.pt.y)) return;
     const double scale = surf_scale_of(kp);
     const double co = std::cos(orientation), si = std::sin(orientation);
     const int side = wavelet_side(scale, 2.0);
@@ -173,12 +167,10 @@ void describe_one(const IntegralImage &ii, const cv::KeyPoint &kp, double orient
         }
     }
     double norm = 0;
-    for (int k = 0; k < length; ++k)
-        norm += double(out[k]) * out[k];
+    for (int k = 0; k < length; ++k) norm += double(out[k]) * out[k];
     if (norm > 0) {
         const float inv = float(1.0 / std::sqrt(norm));
-        for (int k = 0; k < length; ++k)
-            out[k] *= inv;
+        for (int k = 0; k < length; ++k) out[k] *= inv;
     }
 }
 
@@ -194,19 +186,17 @@ float surf_scale_of(const cv::KeyPoint &keypoint) {
 void surf_describe(const IntegralImage &integral, const SurfParams &params,
                    std::vector<cv::KeyPoint> &keypoints, cv::Mat *descriptors) {
     const int length = params.extended ? 128 : 64;
-    if (descriptors)
-        descriptors->create(int(keypoints.size()), length, CV_32F);
+    if (descriptors) descriptors->create(int(keypoints.size()), length, CV_32F);
     cv::parallel_for_(cv::Range(0, int(keypoints.size())), [&](const cv::Range &range) {
         for (int k = range.start; k < range.end; ++k) {
             cv::KeyPoint &kp = keypoints[size_t(k)];
             double orientation = 0.0;
             if (!params.upright) {
                 if (std::isfinite(kp.pt.x) && std::isfinite(kp.pt.y))
-                    orientation = dominant_orientation(integral, kp.pt.x, kp.pt.y,
-                                                       surf_scale_of(kp));
+                    orientation =
+                        dominant_orientation(integral, kp.pt.x, kp.pt.y, surf_scale_of(kp));
                 kp.angle = float(orientation * 360.0 / kTwoPi);
-                if (kp.angle >= 360.0f)
-                    kp.angle = 0.0f;
+                if (kp.angle >= 360.0f) kp.angle = 0.0f;
             }
             if (descriptors)
                 describe_one(integral, kp, orientation, params.extended,

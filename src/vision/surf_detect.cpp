@@ -13,9 +13,9 @@ constexpr float kDxyWeight = 0.9f;
 
 struct OctaveGrid {
     int octave;
-    int step;             // pixels between samples
-    int rows, cols;       // samples stored per layer
-    int r0, r1, c0, c1;   // inclusive range where every layer's filter fits
+    int step;           // pixels between samples
+    int rows, cols;     // samples stored per layer
+    int r0, r1, c0, c1; // inclusive range where every layer's filter fits
     std::vector<int> sizes;
 };
 
@@ -23,11 +23,9 @@ bool plan_octave(int octave, int layers, int width, int height, OctaveGrid *grid
     grid->octave = octave;
     grid->step = 1 << octave;
     grid->sizes.resize(size_t(layers));
-    for (int l = 0; l < layers; ++l)
-        grid->sizes[size_t(l)] = surf_filter_size(octave, l);
+    for (int l = 0; l < layers; ++l) grid->sizes[size_t(l)] = surf_filter_size(octave, l);
     const int largest = grid->sizes.back();
-    if (largest > kSurfMaxBoxSide || largest > width || largest > height)
-        return false;
+    if (largest > kSurfMaxBoxSide || largest > width || largest > height) return false;
     const int border = (largest - 1) / 2;
     const int step = grid->step;
     grid->cols = (width - 1) / step + 1;
@@ -48,10 +46,9 @@ float hessian_determinant(const IntegralImage &ii, int x, int y, int size) {
                       3.0f * ii.box(y - half_lobe, x - lobe + 1, y + half_lobe + 1, x + lobe);
     const float dxx = ii.box(y - lobe + 1, x - border, y + lobe, x + border + 1) -
                       3.0f * ii.box(y - lobe + 1, x - half_lobe, y + lobe, x + half_lobe + 1);
-    const float dxy = ii.box(y - lobe, x - lobe, y, x) +
-                      ii.box(y + 1, x + 1, y + lobe + 1, x + lobe + 1) -
-                      ii.box(y - lobe, x + 1, y, x + lobe + 1) -
-                      ii.box(y + 1, x - lobe, y + lobe + 1, x);
+    const float dxy =
+        ii.box(y - lobe, x - lobe, y, x) + ii.box(y + 1, x + 1, y + lobe + 1, x + lobe + 1) -
+        ii.box(y - lobe, x + 1, y, x + lobe + 1) - ii.box(y + 1, x - lobe, y + lobe + 1, x);
     const float inv_area = 1.0f / (float(size) * float(size));
     const float nxx = dxx * inv_area, nyy = dyy * inv_area, nxy = dxy * inv_area;
     return nxx * nyy - (kDxyWeight * nxy) * (kDxyWeight * nxy);
@@ -86,10 +83,8 @@ bool is_local_maximum(const Neighbourhood &n, float value) {
     for (const float *layer : {n.below, n.here, n.above})
         for (int dr = -1; dr <= 1; ++dr)
             for (int dc = -1; dc <= 1; ++dc) {
-                if (layer == n.here && dr == 0 && dc == 0)
-                    continue;
-                if (n.at(layer, dr, dc) >= value)
-                    return false;
+                if (layer == n.here && dr == 0 && dc == 0) continue;
+                if (n.at(layer, dr, dc) >= value) return false;
             }
     return true;
 }
@@ -104,20 +99,21 @@ bool fit_quadratic(const Neighbourhood &n, double offset[3]) {
     const double hxx = n.at(n.here, 0, 1) + n.at(n.here, 0, -1) - 2.0 * v;
     const double hyy = n.at(n.here, 1, 0) + n.at(n.here, -1, 0) - 2.0 * v;
     const double hss = n.at(n.above, 0, 0) + n.at(n.below, 0, 0) - 2.0 * v;
-    const double hxy = (n.at(n.here, 1, 1) - n.at(n.here, 1, -1) - n.at(n.here, -1, 1) +
-                        n.at(n.here, -1, -1)) / 4.0;
-    const double hxs = (n.at(n.above, 0, 1) - n.at(n.above, 0, -1) - n.at(n.below, 0, 1) +
-                        n.at(n.below, 0, -1)) / 4.0;
-    const double hys = (n.at(n.above, 1, 0) - n.at(n.above, -1, 0) - n.at(n.below, 1, 0) +
-                        n.at(n.below, -1, 0)) / 4.0;
+    const double hxy =
+        (n.at(n.here, 1, 1) - n.at(n.here, 1, -1) - n.at(n.here, -1, 1) + n.at(n.here, -1, -1)) /
+        4.0;
+    const double hxs =
+        (n.at(n.above, 0, 1) - n.at(n.above, 0, -1) - n.at(n.below, 0, 1) + n.at(n.below, 0, -1)) /
+        4.0;
+    const double hys =
+        (n.at(n.above, 1, 0) - n.at(n.above, -1, 0) - n.at(n.below, 1, 0) + n.at(n.below, -1, 0)) /
+        4.0;
     const cv::Matx33d h(hxx, hxy, hxs, hxy, hyy, hys, hxs, hys, hss);
     const double det = cv::determinant(h);
-    if (!(std::fabs(det) > 1e-12))
-        return false;
+    if (!(std::fabs(det) > 1e-12)) return false;
     const cv::Vec3d solution = -(h.inv() * cv::Vec3d(gx, gy, gs));
     for (int i = 0; i < 3; ++i) {
-        if (!(std::fabs(solution[i]) < 1.0))
-            return false;
+        if (!(std::fabs(solution[i]) < 1.0)) return false;
         offset[i] = solution[i];
     }
     return true;
@@ -130,15 +126,12 @@ void find_maxima_in_row(const LayerStack &stack, const OctaveGrid &g, int layer,
     for (int c = g.c0 + 1; c <= g.c1 - 1; ++c) {
         const size_t at = row_start + size_t(c);
         const float value = stack[size_t(layer)][at];
-        if (!(value > threshold))
-            continue;
+        if (!(value > threshold)) continue;
         const Neighbourhood n{&stack[size_t(layer) - 1][at], &stack[size_t(layer)][at],
                               &stack[size_t(layer) + 1][at], g.cols};
-        if (!is_local_maximum(n, value))
-            continue;
+        if (!is_local_maximum(n, value)) continue;
         double offset[3];
-        if (!fit_quadratic(n, offset))
-            continue;
+        if (!fit_quadratic(n, offset)) continue;
         const double filter = g.sizes[size_t(layer)] + offset[2] * layer_step;
         const double scale = 1.2 / 9.0 * filter;
         cv::KeyPoint kp(float((c + offset[0]) * g.step), float((r + offset[1]) * g.step),
@@ -162,14 +155,12 @@ void find_maxima(const LayerStack &stack, const OctaveGrid &g, float threshold,
             find_maxima_in_row(stack, g, layer, r, threshold, &per_row[size_t(job)]);
         }
     });
-    for (const auto &row : per_row)
-        found->insert(found->end(), row.begin(), row.end());
+    for (const auto &row : per_row) found->insert(found->end(), row.begin(), row.end());
 }
 
 } // namespace
 
-std::vector<cv::KeyPoint> surf_find_blobs(const IntegralImage &integral,
-                                          const SurfParams &params) {
+std::vector<cv::KeyPoint> surf_find_blobs(const IntegralImage &integral, const SurfParams &params) {
     std::vector<cv::KeyPoint> found;
     const int layers = std::max(params.octave_layers, 1) + 2;
     const float threshold = float(std::max(params.hessian_threshold, 0.0));
@@ -177,8 +168,7 @@ std::vector<cv::KeyPoint> surf_find_blobs(const IntegralImage &integral,
     const int octaves = std::min(params.octaves, 10);
     for (int octave = 0; octave < octaves; ++octave) {
         OctaveGrid grid;
-        if (!plan_octave(octave, layers, integral.width(), integral.height(), &grid))
-            break;
+        if (!plan_octave(octave, layers, integral.width(), integral.height(), &grid)) break;
         const LayerStack stack = compute_responses(integral, grid);
         find_maxima(stack, grid, threshold, &found);
     }

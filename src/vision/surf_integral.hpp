@@ -35,8 +35,7 @@ public:
         r1 = std::clamp(r1, 0, height_);
         c0 = std::clamp(c0, 0, width_);
         c1 = std::clamp(c1, 0, width_);
-        if (r1 <= r0 || c1 <= c0)
-            return 0.0f;
+        if (r1 <= r0 || c1 <= c0) return 0.0f;
         return box(r0, c0, r1, c1);
     }
 

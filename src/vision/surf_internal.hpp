@@ -12,8 +12,7 @@ namespace vexo {
 
 // Scale-space maxima of the box-filter Hessian determinant above the
 // threshold, refined to sub-sample position and scale.  Angles are left 0.
-std::vector<cv::KeyPoint> surf_find_blobs(const IntegralImage &integral,
-                                          const SurfParams &params);
+std::vector<cv::KeyPoint> surf_find_blobs(const IntegralImage &integral, const SurfParams &params);
 
 // Dominant orientation of each keypoint (unless upright) and, when
 // descriptors is not NULL, its descriptor: one CV_32F row per keypoint.

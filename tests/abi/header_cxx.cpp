@@ -13,8 +13,7 @@ int main() {
     double x = 0, y = 0;
     vexo_matrix_multiply_2Dcoord(m, 1.0, 1.0, &x, &y);
     vexo_matrix_unify(nullptr);
-    if (vexo_corr_set_neutral(table) != VEXO_OK || table[64].x != 32767.5 || x != 2.0 ||
-        y != 3.0) {
+    if (vexo_corr_set_neutral(table) != VEXO_OK || table[64].x != 32767.5 || x != 2.0 || y != 3.0) {
         std::fprintf(stderr, "header_cxx: unexpected result\n");
         return 1;
     }

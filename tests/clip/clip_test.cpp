@@ -25,7 +25,9 @@ Pts rect(double x0, double y0, double x1, double y1, double z = 0.0, uint32_t en
     return {point(x0, y0, z), point(x1, y0, z), point(x1, y1, z), point(x0, y1, z),
             point(x0, y0, z, end)};
 }
-Pts operator+(Pts a, const Pts &b) { return a.insert(a.end(), b.begin(), b.end()), a; }
+Pts operator+(Pts a, const Pts &b) {
+    return a.insert(a.end(), b.begin(), b.end()), a;
+}
 Handle make(const Pts &p, uint32_t mode = 0) {
     return Handle(vexo_clip_create(p.data(), uint32_t(p.size()), mode), vexo_clip_release);
 }
@@ -37,7 +39,10 @@ Pts fetch(const Handle &h, bool subject = false) { // get_result, or get_subject
     vexo_test::Points block((subject ? vexo_clip_get_subject : vexo_clip_get_result)(h.get(), &n));
     return Pts(block.get(), block.get() + n);
 }
-bool no_result(const Handle &h) { uint32_t n = 7; return !vexo_clip_get_result(h.get(), &n) && !n; }
+bool no_result(const Handle &h) {
+    uint32_t n = 7;
+    return !vexo_clip_get_result(h.get(), &n) && !n;
+}
 bool same(const Pts &a, const Pts &b) { // the reserved field is zero on both sides
     return a.size() == b.size() && (a.empty() || vexo_test::same_bytes(a[0], b[0], a.size()));
 }
@@ -85,20 +90,25 @@ TEST(ClipConvert, TruncatesTowardZeroAndRefusesOffGridValues) {
             (axis == 0 ? b[1].x : axis == 1 ? b[1].y : b[1].z) = b[4].x = v;
             const bool flat = axis == 2; // 2D reads no z
             EXPECT_TRUE(!make(b) && bool(make(b, k2D)) == flat && bool_op(h, b, kUnion) == kBad &&
-                        bool_op(h, b, kUnion | k2D) == (flat ? VEXO_OK : kBad)) << v << axis;
+                        bool_op(h, b, kUnion | k2D) == (flat ? VEXO_OK : kBad))
+                << v << axis;
         }
 }
 
 TEST(ClipHeight, SubjectPathZeroByIndexThenFallback) {
     // Heights a 3D Clipper keeps on the union: (10, 5) is new (0); at (10, 10) the subject wins.
-    const std::map<std::pair<double, double>, double> z = {{{0, 0}, 1}, {{10, 0}, 2},
-        {{10, 10}, 3}, {{0, 10}, 4}, {{15, 5}, 9}, {{15, 15}, 9}, {{10, 5}, 0}};
+    const std::map<std::pair<double, double>, double> z = {
+        {{0, 0}, 1},  {{10, 0}, 2},  {{10, 10}, 3}, {{0, 10}, 4},
+        {{15, 5}, 9}, {{15, 15}, 9}, {{10, 5}, 0}};
     const auto at = [&](const GeomPoint &p) { return z.at({p.x, p.y}); };
     const Pts stepped = {point(0, 0, 1), point(10, 0, 2), point(10, 10, 3), point(0, 10, 4),
                          point(0, 0, 1, kEnd)};
     auto h = make(stepped);
-    ASSERT_EQ(bool_op(h, {point(5, 5, 9), point(15, 5, 9), point(15, 15, 9), point(10, 10, 9),
-                          point(5, 5, 9, kEnd)}, kUnion), VEXO_OK);
+    ASSERT_EQ(bool_op(h,
+                      {point(5, 5, 9), point(15, 5, 9), point(15, 15, 9), point(10, 10, 9),
+                       point(5, 5, 9, kEnd)},
+                      kUnion),
+              VEXO_OK);
     const Pts out = fetch(h);
     ASSERT_EQ(out.size(), 8u);
     for (size_t i = 0; i < 8; ++i) // path 0 has 4 points; then the result's first vertex
@@ -114,16 +124,26 @@ TEST(ClipHeight, SubjectPathZeroByIndexThenFallback) {
 TEST(ClipBool, AreasPathCountsAndSetSolution) {
     const Pts sq = rect(0, 0, 10, 10), corner = rect(5, 5, 15, 15), hole = rect(3, 3, 7, 7);
     const Pts dots = {point(1, 1), point(2, 2), point(3, 3, 0, kEnd)}; // under 3 vertices
-    const Pts lone = {point(50, 50, 6)}; // an empty path 0
-    const struct { Pts subject, operand; uint32_t mode; size_t paths; double area; } cases[] = {
-        {sq, corner, kUnion, 1, 100 + 100 - 25}, {sq, rect(20, 0, 30, 10), kUnion, 2, 200},
-        {sq, rect(2, 2, 4, 4), kUnion, 1, 100},  {sq, dots, kUnion, 1, 100},
-        {sq, corner, kDiff, 1, 75}, {sq, hole, kDiff, 2, 84}, {sq, sq + hole, kDiff, 1, 16},
-        {rect(2, 2, 4, 4), sq, kDiff, 0, 0},     {lone, rect(0, 0, 2, 2), kUnion, 1, 4},
-        {rect(0, 0, 9, 4), rect(4, -1, 6, 5), kDiff, 2, 28}, {sq, corner, k2D, 0, 0}, // no op
-        {sq + hole, rect(4, 4, 6, 6), kUnion, 3, 84 + 4}, // even-odd ring: 100 - 16
-        {sq + hole, rect(-1, 4, 11, 6), kDiff, 2, 84 - 12},
-        {sq, corner, kUnion | kDiff, 1, 175}}; // union wins
+    const Pts lone = {point(50, 50, 6)};                               // an empty path 0
+    const struct {
+        Pts subject, operand;
+        uint32_t mode;
+        size_t paths;
+        double area;
+    } cases[] = {{sq, corner, kUnion, 1, 100 + 100 - 25},
+                 {sq, rect(20, 0, 30, 10), kUnion, 2, 200},
+                 {sq, rect(2, 2, 4, 4), kUnion, 1, 100},
+                 {sq, dots, kUnion, 1, 100},
+                 {sq, corner, kDiff, 1, 75},
+                 {sq, hole, kDiff, 2, 84},
+                 {sq, sq + hole, kDiff, 1, 16},
+                 {rect(2, 2, 4, 4), sq, kDiff, 0, 0},
+                 {lone, rect(0, 0, 2, 2), kUnion, 1, 4},
+                 {rect(0, 0, 9, 4), rect(4, -1, 6, 5), kDiff, 2, 28},
+                 {sq, corner, k2D, 0, 0},                          // no op
+                 {sq + hole, rect(4, 4, 6, 6), kUnion, 3, 84 + 4}, // even-odd ring: 100 - 16
+                 {sq + hole, rect(-1, 4, 11, 6), kDiff, 2, 84 - 12},
+                 {sq, corner, kUnion | kDiff, 1, 175}}; // union wins
     for (size_t k = 0; k < std::size(cases); ++k) {
         const auto &c = cases[k];
         auto h = make(c.subject); // the operation runs twice: a result replaces the last
@@ -148,13 +168,16 @@ TEST(ClipHandle, RefusedArgumentsChangeNothing) {
     EXPECT_TRUE(!vexo_clip_copy_solution(h.get()) && !vexo_clip_copy_solution(nullptr));
     ASSERT_EQ(vexo_clip_copy_subject(h.get()), VEXO_OK); // a result equal to the subject
     const uint32_t statuses[] = {
-        vexo_clip_bool(nullptr, sq.data(), 5, kUnion), vexo_clip_bool(h.get(), nullptr, 5, kUnion),
-        vexo_clip_bool(h.get(), sq.data(), 0, kUnion), vexo_clip_outline(nullptr, kMiter, 1.0),
-        vexo_clip_set_solution(nullptr), vexo_clip_copy_subject(nullptr),
+        vexo_clip_bool(nullptr, sq.data(), 5, kUnion),
+        vexo_clip_bool(h.get(), nullptr, 5, kUnion),
+        vexo_clip_bool(h.get(), sq.data(), 0, kUnion),
+        vexo_clip_outline(nullptr, kMiter, 1.0),
+        vexo_clip_set_solution(nullptr),
+        vexo_clip_copy_subject(nullptr),
         bool_op(h, rect(0, 0, -4.7e15, 1), kUnion), // beyond Clipper's range, yet in int64
-        bool_op(far, sq, kUnion), vexo_clip_outline(far.get(), kRound, 1.0)};
-    for (size_t i = 0; i < std::size(statuses); ++i)
-        EXPECT_EQ(statuses[i], kBad) << i;
+        bool_op(far, sq, kUnion),
+        vexo_clip_outline(far.get(), kRound, 1.0)};
+    for (size_t i = 0; i < std::size(statuses); ++i) EXPECT_EQ(statuses[i], kBad) << i;
     for (uint32_t mode : {0u, 8u, 0x10u, 0x18u, 0xFFFFFFF8u})
         EXPECT_EQ(vexo_clip_outline(h.get(), mode, 1.0), kBad) << mode;
     for (double d : {kNan, kInf, -kInf, 1.0e11, -2.0e10})
@@ -183,14 +206,23 @@ TEST(ClipOutline, AreasBoundsAndPathCountsPerJoin) {
     const Pts sq = rect(0, 0, 10, 10), tri = {point(0, 0), point(10, 0), point(0, 10), point(0, 0)};
     const double r2 = std::sqrt(2.0), round = 100.0 + 40.0 + M_PI;
     const Box grown = {-1, -1, 11, 11}, shrunk = {1, 1, 9, 9}, none = {kInf, kInf, -kInf, -kInf};
-    struct { Pts in; uint32_t join; double by; size_t paths; double area, tol; Box box; } rows[] = {
-        {sq, kMiter, 1, 1, 144, 0, grown},          // right angles within the miter limit 2
-        {sq, kRound, 1, 1, round, 2e-3, grown},     // quarter circles by inscribed chords
+    struct {
+        Pts in;
+        uint32_t join;
+        double by;
+        size_t paths;
+        double area, tol;
+        Box box;
+    } rows[] = {
+        {sq, kMiter, 1, 1, 144, 0, grown},      // right angles within the miter limit 2
+        {sq, kRound, 1, 1, round, 2e-3, grown}, // quarter circles by inscribed chords
         {sq, kSquare, 1, 1, 144 - 4 * (r2 - 1) * (r2 - 1), 2e-3, grown}, // cut on the bisector
         {sq, kMiter | kRound, 1, 1, 144, 0, grown}, // joins tried miter, round, square
         {sq, kRound | kSquare | 0x18u, 1, 1, round, 2e-3, grown},
-        {sq, kMiter, -1, 1, 64, 0, shrunk},         {sq, kRound, -1, 1, 64, 0, shrunk},
-        {sq, kSquare, -1, 1, 64, 0, shrunk},        {sq, kSquare, -6, 0, 0, 0, none},
+        {sq, kMiter, -1, 1, 64, 0, shrunk},
+        {sq, kRound, -1, 1, 64, 0, shrunk},
+        {sq, kSquare, -1, 1, 64, 0, shrunk},
+        {sq, kSquare, -6, 0, 0, 0, none},
         // Holes go by orientation: clockwise shrinks, counter-clockwise is swallowed.
         {sq + rect(3, 7, 7, 3), kMiter, 1, 2, 144 - 4, 0, grown},
         {sq + rect(3, 3, 7, 7), kMiter, 1, 1, 144, 0, grown},
@@ -202,6 +234,7 @@ TEST(ClipOutline, AreasBoundsAndPathCountsPerJoin) {
         ASSERT_EQ(vexo_clip_outline(h.get(), c.join, c.by), VEXO_OK) << k;
         const Pts out = fetch(h);
         EXPECT_TRUE(paths(out) == c.paths && std::fabs(area(out) - c.area) <= c.tol + 1e-9 &&
-                    bounds(out) == c.box) << k;
+                    bounds(out) == c.box)
+            << k;
     }
 }

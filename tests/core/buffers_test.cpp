@@ -53,7 +53,7 @@ TEST(PointBuffers, AppendWithAndWithoutOffsetAndFromItself) {
     ASSERT_TRUE(p && vexo_test::xyz(p[3]) == (vexo_test::Xyz{14, 5, 6}) &&
                 vexo_test::xyz(p[4]) == (vexo_test::Xyz{1, 22, 2}) && p[4].flags == 0x41u);
     EXPECT_EQ(vexo_geom_append(nullptr, 0, src, 0, 0, 0, 0), nullptr); // nothing at all
-    EXPECT_EQ(vexo_geom_append(p, 6, nullptr, 1, 0, 0, 0), nullptr);  // frees p
+    EXPECT_EQ(vexo_geom_append(p, 6, nullptr, 1, 0, 0, 0), nullptr);   // frees p
 
     // The source lies in the block that moves: the copy must follow it.
     p = vexo_geom_append(nullptr, 0, src, 2, 0, 0, 0);
@@ -98,7 +98,10 @@ TEST(Version, String) {
 }
 
 TEST(DoubleBlock, KnownBytesAndRoundTrips) {
-    const struct { double value; uint8_t bytes[8]; } cases[] = {
+    const struct {
+        double value;
+        uint8_t bytes[8];
+    } cases[] = {
         {1.0, {0x3F, 0xF0}},
         {-2.5, {0xC0, 0x04}},
         {-0.0, {0x80}},
@@ -111,7 +114,8 @@ TEST(DoubleBlock, KnownBytesAndRoundTrips) {
         uint8_t buffer[11] = {}; // the block at an odd address: no alignment needed
         vexo_util_dbl_to_block(c.value, buffer + 3);
         EXPECT_TRUE(!std::memcmp(buffer + 3, c.bytes, 8) && !(buffer[0] | buffer[1] | buffer[2]) &&
-                    vexo_test::same_bytes(vexo_util_block_to_dbl(buffer + 3), c.value)) << c.value;
+                    vexo_test::same_bytes(vexo_util_block_to_dbl(buffer + 3), c.value))
+            << c.value;
     }
     vexo_util_dbl_to_block(1.0, nullptr);
     EXPECT_EQ(0.0, vexo_util_block_to_dbl(nullptr));

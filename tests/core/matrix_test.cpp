@@ -36,8 +36,7 @@ Xyz angles(const GeomMatrix &m) {
 
 // Tolerance 0 means exact (all expected entries are finite).
 void expect_entries(const GeomMatrix &m, const GeomMatrix &expected, double tolerance = 0.0) {
-    for (int i = 0; i < 16; ++i)
-        EXPECT_NEAR(m.m[i], expected.m[i], tolerance) << "entry " << i;
+    for (int i = 0; i < 16; ++i) EXPECT_NEAR(m.m[i], expected.m[i], tolerance) << "entry " << i;
 }
 
 } // namespace
@@ -79,7 +78,7 @@ TEST(Matrix, MappingProductsAndBuilders) {
     vexo_matrix_multiply_point(&m, &p, &out);
     EXPECT_EQ(vexo_test::xyz(out), (Xyz{32, 41, 43}));
     EXPECT_TRUE(out.flags == 0x45u && out.reserved == 0x1234u); // padding not written
-    vexo_matrix_multiply_point(kNoMatrix, &out, &p); // no matrix: the whole record
+    vexo_matrix_multiply_point(kNoMatrix, &out, &p);            // no matrix: the whole record
     EXPECT_TRUE(same_bytes(p, out));
 
     GeomMatrix a = {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}};
@@ -131,8 +130,7 @@ TEST(Matrix, RotationSensesOrderAndAxes) {
         }
     const double diagonal[3] = {1, 1, 1}; // three thirds of a turn come round
     GeomMatrix m = kIdentity;
-    for (int i = 0; i < 3; ++i)
-        vexo_matrix_rotate_vector3d(&m, diagonal, 120);
+    for (int i = 0; i < 3; ++i) vexo_matrix_rotate_vector3d(&m, diagonal, 120);
     expect_entries(m, kIdentity, 1e-6);
 }
 
@@ -189,7 +187,8 @@ TEST(Matrix, TranslationScalingAndRotationParts) {
             for (const Xyz &scale : {Xyz{2.5, 2.5, 2.5}, uneven[axis]})
                 for (int k = 0; k < 3; ++k)
                     EXPECT_NEAR(angles(rotation(axis, angle, scale))[k], k == axis ? -angle : 0.0,
-                                1e-9) << angle << " about " << axis << ", " << scale[0] << " " << k;
+                                1e-9)
+                        << angle << " about " << axis << ", " << scale[0] << " " << k;
     // An exact half turn takes the float pi itself: 180, not 180 * pi / pif.
     EXPECT_EQ(angles({{-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}), (Xyz{0, 0, 180}));
     const double none = 89.99999749552191; // nothing to measure: acos(0) in full precision

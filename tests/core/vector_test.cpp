@@ -13,8 +13,7 @@ using Values = std::vector<double>; // several results compared in one assertion
 TEST(Vector2d, NormaliseProductsAndAngles) {
     double v[2] = {3, 4}, at[2] = {1e-7, 0}, above[2] = {1.01e-7, 0};
     EXPECT_EQ(vexo_vector2d_length(v), 5.0);
-    for (double *w : {v, at, above})
-        vexo_vector2d_normalise(w);
+    for (double *w : {v, at, above}) vexo_vector2d_normalise(w);
     // A length of 1e-7 is not above the threshold: left as it is.
     EXPECT_EQ((Values{v[0], v[1], at[0], above[0]}), (Values{0.6, 0.8, 1e-7, 1.0}));
     // is_ccw gives the signed value, not a truth value.
@@ -73,7 +72,10 @@ TEST(VectorSegmentDot, BisectionAxesAndNaN) {
     const uint32_t xy = VEXO_AXIS_X | VEXO_AXIS_Y, xyz = xy | VEXO_AXIS_Z;
     const double o[3] = {0, 0, 0}, x1024[3] = {1024, 0, 0}, x10[3] = {10, 0, 0};
     const double from[3] = {1, 2, 3}, to[3] = {1, 10, 9}; // a 3D segment of length 10
-    const struct { const double *a, *b, p[3], tolerance; uint32_t axes, expected; } cases[] = {
+    const struct {
+        const double *a, *b, p[3], tolerance;
+        uint32_t axes, expected;
+    } cases[] = {
         {o, x1024, {1024.2, 0, 0}, 0.25, xyz, 1},
         {o, x1024, {300, 40, 0}, 39.9, xy, 0},
         {o, x1024, {300, 40, 0}, 40.5, xy, 1},

@@ -13,12 +13,13 @@ constexpr double f = 64.0 / 65;        // the last table line samples at 64/65 o
 // Neutral, with flags that no adjustment may touch.
 CorrTable flagged_table() {
     CorrTable t = neutral_table();
-    for (int k = 0; k < 4225; ++k)
-        t.cell[k].flags = 0x5A5Au + uint32_t(k);
+    for (int k = 0; k < 4225; ++k) t.cell[k].flags = 0x5A5Au + uint32_t(k);
     return t;
 }
 
-bool near(double a, double b) { return std::fabs(a - b) <= 4e-15 * std::fabs(b); }
+bool near(double a, double b) {
+    return std::fabs(a - b) <= 4e-15 * std::fabs(b);
+}
 
 } // namespace
 
@@ -40,8 +41,7 @@ TEST(CorrInterpolate, HandSolvedGridsAndRefusedSizes) {
     // Identical 3 x 3 grids on -40, 0, 40 (first index along X) give the
     // linear field, sampled at p * 2/65 so the far edge stops short of +40.
     std::vector<GeomPoint> grid;
-    for (int k = 0; k < 9; ++k)
-        grid.push_back(point(k / 3 * 40.0 - 40, k % 3 * 40.0 - 40));
+    for (int k = 0; k < 9; ++k) grid.push_back(point(k / 3 * 40.0 - 40, k % 3 * 40.0 - 40));
     ASSERT_EQ(vexo_corr_interpolate(3, grid.data(), grid.data(), 100, &t), VEXO_OK);
     auto line = [](int p) { return (p * 2.0 / 65 * 40 - 40) * kScale100; };
     for (int k = 0; k < 4225; ++k)
@@ -85,14 +85,12 @@ TEST(CorrScaleFocusSpatial, WorkedValuesAndRefusals) {
     EXPECT_TRUE(at(t, 32, 32).z == 0 && at(t, 0, 0).z < at(t, 0, 32).z);
     EXPECT_DOUBLE_EQ(at(t, 32, 64).z, -10922.5);
     EXPECT_DOUBLE_EQ(at(t, 64, 32).z, -10922.5);
-    for (GeomPoint &cell : t.cell)
-        cell.z = 0;
+    for (GeomPoint &cell : t.cell) cell.z = 0;
     EXPECT_TRUE(same(t, before)); // x, y and flags untouched
     u = before;
     ASSERT_EQ(vexo_corr_set_focal(&u, 160, 110, 110), VEXO_OK);
     ASSERT_EQ(vexo_corr_set_focal(&twice, 160, 110, 220), VEXO_OK);
-    for (int k = 0; k < 4225; ++k)
-        ASSERT_EQ(twice.cell[k].z, 2 * u.cell[k].z);
+    for (int k = 0; k < 4225; ++k) ASSERT_EQ(twice.cell[k].z, 2 * u.cell[k].z);
 
     t = u;
     for (double scale : {0.0, -0.0})
@@ -101,10 +99,14 @@ TEST(CorrScaleFocusSpatial, WorkedValuesAndRefusals) {
     EXPECT_TRUE(same(t, u));
 
     // Sides 0 and 3 scale x row by row, sides 1 and 2 y column by column.
-    const struct { uint8_t side; double factor; int line; double multiplier; } cases[] = {
-        {0, 2, 0, 1},    {0, 2, 64, 2},    {0, 2, 32, 1.5},   {3, 3, 16, 2.5},   {3, 3, 0, 3},
-        {3, 3, 64, 1},   {1, 0.5, 0, 0.5}, {1, 0.5, 64, 1},   {1, 0.5, 32, 0.75},
-        {2, 0.5, 0, 1},  {2, 0.5, 64, 0.5}, {2, 0.5, 16, 0.875}};
+    const struct {
+        uint8_t side;
+        double factor;
+        int line;
+        double multiplier;
+    } cases[] = {{0, 2, 0, 1},       {0, 2, 64, 2},  {0, 2, 32, 1.5},   {3, 3, 16, 2.5},
+                 {3, 3, 0, 3},       {3, 3, 64, 1},  {1, 0.5, 0, 0.5},  {1, 0.5, 64, 1},
+                 {1, 0.5, 32, 0.75}, {2, 0.5, 0, 1}, {2, 0.5, 64, 0.5}, {2, 0.5, 16, 0.875}};
     for (const auto &c : cases) {
         t = before;
         ASSERT_EQ(vexo_corr_set_spatial(&t, c.side, c.factor), VEXO_OK);
@@ -170,15 +172,14 @@ TEST(CorrAdjustSingle, BothBitsMoveEachNodeOneBitCrossesLinesInVisitingOrder) {
     // each is judged where the earlier moves left it.
     const double p = kPitch, R = 1280, dy = 800, t5 = 5 * p - 32767.5;
     const double to5[2] = {t5, t5}, from5[2] = {t5, t5 - dy};
-    const double a1 = weight(p, R);              // (5, 4) moves row 4, which holds (4, 5)
-    const double a2 = weight(p + dy * a1, R);    // (4, 5), now farther, moves row 5
-    const double a3 = weight(dy * a2, R);        // (5, 5)
+    const double a1 = weight(p, R);                  // (5, 4) moves row 4, which holds (4, 5)
+    const double a2 = weight(p + dy * a1, R);        // (4, 5), now farther, moves row 5
+    const double a3 = weight(dy * a2, R);            // (5, 5)
     const double s5 = dy * (a2 + a3 + weight(p, R)); // and (6, 5): row 5 moved three times,
     ASSERT_EQ(weight(std::hypot(p, s5), R), 0.0);    // which takes (5, 6) out of reach
     t = before;
     ASSERT_EQ(vexo_corr_adjust_single(&t, from5, to5, 1.6, 1), VEXO_OK);
     EXPECT_NEAR(at(t, 4, 40).y, at(before, 4, 40).y - dy * a1, 1e-9);
     EXPECT_NEAR(at(t, 5, 40).y, at(before, 5, 40).y - s5, 1e-9);
-    for (int r : {0, 3, 6, 7, 64})
-        EXPECT_EQ(at(t, r, 40).y, at(before, r, 40).y);
+    for (int r : {0, 3, 6, 7, 64}) EXPECT_EQ(at(t, r, 40).y, at(before, r, 40).y);
 }

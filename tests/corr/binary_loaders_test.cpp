@@ -22,8 +22,7 @@ ByteVec grid(ByteVec b, int n, std::vector<int> axes, Layout layout, int bytes, 
     auto put = [&](double x) {
         uint64_t bits = uint64_t(int64_t(x));
         const float f = float(x);
-        if (encoding == kReal)
-            bytes == 4 ? std::memcpy(&bits, &f, 4) : std::memcpy(&bits, &x, 8);
+        if (encoding == kReal) bytes == 4 ? std::memcpy(&bits, &f, 4) : std::memcpy(&bits, &x, 8);
         for (int i = 0; i < bytes; ++i)
             b.push_back(uint8_t(bits >> 8 * (encoding == kBig ? bytes - 1 - i : i)));
     };
@@ -40,13 +39,25 @@ ByteVec padded(std::string label, size_t size) {
 }
 
 // Stored values, and the cells they must give.
-double word(int r, int c, int a) { return 1000 + 7 * r + 501 * c + 13 * a; }
-double ucf_cell(int r, int c, int a) { return word(r, c, a) - kHalf; }
-double no_z_cell(int r, int c, int a) { return a > 1 ? -kHalf : ucf_cell(r, c, a); }
+double word(int r, int c, int a) {
+    return 1000 + 7 * r + 501 * c + 13 * a;
+}
+double ucf_cell(int r, int c, int a) {
+    return word(r, c, a) - kHalf;
+}
+double no_z_cell(int r, int c, int a) {
+    return a > 1 ? -kHalf : ucf_cell(r, c, a);
+}
 // fine row = entry within a line, fine column = line; Y words above 2^31
-double ct5_word(int fr, int fc, int a) { return (a ? 0x9p28 : 0) + 1e5 * fc + 3 * fr + 1; }
-double ct5_cell(int r, int c, int a) { return a > 1 ? 0 : ct5_word(4 * r, 4 * c, a) / 16 - kHalf; }
-double gcd_offset(int r, int c, int a) { return a == 2 ? -65 * r - c : a ? 9 - r : c - 9; }
+double ct5_word(int fr, int fc, int a) {
+    return (a ? 0x9p28 : 0) + 1e5 * fc + 3 * fr + 1;
+}
+double ct5_cell(int r, int c, int a) {
+    return a > 1 ? 0 : ct5_word(4 * r, 4 * c, a) / 16 - kHalf;
+}
+double gcd_offset(int r, int c, int a) {
+    return a == 2 ? -65 * r - c : a ? 9 - r : c - 9;
+}
 // Offsets from a grid of pitch 1024, not the neutral 1023.984375.
 double gcd_cell(int r, int c, int a) {
     return (a > 1 ? 0 : (a ? r : c) * 1024 - kHalf) + gcd_offset(r, c, a);
@@ -56,13 +67,27 @@ double kxo_stored(int r, int c, int axis) {
     const uint32_t h = uint32_t(r * 65 + c + 4225 * axis) * 2654435761u;
     return r == 3 && c == 7 ? (axis ? INT32_MAX : INT32_MIN) : int32_t((h ^ h >> 15) * 2246822519u);
 }
-double kxo_cell(int r, int c, int a) { return kxo_stored(r, c, a) / 30000.0 - kHalf; }
-double crt_value(int r, int c, int a) { return a > 1 ? 9 : a ? -0.25 * r : float(0.1 * c); }
-double crt_cell(int r, int c, int a) { return a > 1 ? 0 : crt_value(r, c, a) * 500.0; }
-double cor_factor(int, int, int a) { return 2 - 2.5 * a; }
-double cor_delta(int r, int c, int a) { return a ? 2.0 * r - 0.25 : 0.5 * c - 3; }
-double cor_int_delta(int r, int c, int a) { return a ? 7 - 5 * r : 3 * c - 100; }
-double fcr_delta(int fr, int fc, int a) { return a ? (5 * fc - fr) % 150 : (3 * fr + fc) % 7; }
+double kxo_cell(int r, int c, int a) {
+    return kxo_stored(r, c, a) / 30000.0 - kHalf;
+}
+double crt_value(int r, int c, int a) {
+    return a > 1 ? 9 : a ? -0.25 * r : float(0.1 * c);
+}
+double crt_cell(int r, int c, int a) {
+    return a > 1 ? 0 : crt_value(r, c, a) * 500.0;
+}
+double cor_factor(int, int, int a) {
+    return 2 - 2.5 * a;
+}
+double cor_delta(int r, int c, int a) {
+    return a ? 2.0 * r - 0.25 : 0.5 * c - 3;
+}
+double cor_int_delta(int r, int c, int a) {
+    return a ? 7 - 5 * r : 3 * c - 100;
+}
+double fcr_delta(int fr, int fc, int a) {
+    return a ? (5 * fc - fr) % 150 : (3 * fr + fc) % 7;
+}
 // Fine line i reaches node (i + 1) / 2: node n sums lines 2n - 1 and 2n.
 double fcr_cell(int r, int c, int axis) {
     double sum = axis > 1 ? 0 : neutral(axis ? r : c);
@@ -92,7 +117,7 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
         int excess; // bytes after (or, negative, before) the data that are ignored
         Value expect;
         void (*encode)(const CorrTable &, uint8_t *) = nullptr; // the writer, which must give
-        size_t from = 0;                                         // the file back from here on
+        size_t from = 0;                                        // the file back from here on
     } cases[] = {
         {"ucf", vexo::parse_ucf, grid({'U', 'C', 'F', '1'}, 65, {1, 0, 2}, kCols, 2, word), 100,
          ucf_cell},
@@ -102,7 +127,11 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
         {"ct5", vexo::parse_ct5, grid(padded("CT5", 64), 257, {1, 0}, kCols, 4, ct5_word), 100,
          ct5_cell},
         {"gcd", vexo::parse_gcd, grid({}, 65, {2, 0, 1}, kCells, 2, gcd_offset), 100, gcd_cell},
-        {"kxo", [](auto file, CorrTable &t) { CorrHead h; return vexo::parse_kxo(file, t, h); },
+        {"kxo",
+         [](auto file, CorrTable &t) {
+             CorrHead h;
+             return vexo::parse_kxo(file, t, h);
+         },
          grid({head, head + 12}, 65, {0, 1, 2}, kCols, 4, kxo_stored, kBig), 100, kxo_cell,
          [](auto &t, auto *b) { vexo::encode_kxo(t, {}, b); }, 12},
         // The first value of each quadruple is y, the second x.
@@ -140,10 +169,9 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
         }
         // A prefix fails without writing a cell; an exact-size copy lets ASan
         // see a read past its end.
-        std::vector<size_t> lengths = {0,   1,    4,    11,   12,   55,    56,    518,
+        std::vector<size_t> lengths = {0,   1,    4,    11,   12,    55,    56,      518,
                                        519, 2047, 2048, 8450, 16899, 16901, size - 1};
-        for (size_t len = 97; len < size; len += 4999)
-            lengths.push_back(len);
+        for (size_t len = 97; len < size; len += 4999) lengths.push_back(len);
         for (size_t len : lengths) {
             const ByteVec prefix(c.file.begin(), c.file.begin() + long(std::min(len, size - 1)));
             CorrTable t = garbage;

@@ -22,7 +22,10 @@ inline std::string scratch_path(const std::string &name) {
         auto *p = new std::filesystem::path(std::filesystem::temp_directory_path() /
                                             ("vexo_corr_test_" + std::to_string(::getpid())));
         std::filesystem::create_directories(*p);
-        std::atexit([] { std::error_code e; std::filesystem::remove_all(*dir, e); });
+        std::atexit([] {
+            std::error_code e;
+            std::filesystem::remove_all(*dir, e);
+        });
         return p;
     }();
     return (*dir / name).string();
@@ -35,7 +38,9 @@ inline std::string scratch_file(const std::string &name, const std::string &byte
 }
 
 // Neutral value of grid line 0..64, computed apart from the library.
-inline double neutral(int line) { return -32767.5 + line * (65535.0 / 64.0); }
+inline double neutral(int line) {
+    return -32767.5 + line * (65535.0 / 64.0);
+}
 
 // Flags 0xABABABAB, as in a table memset to 0xAB before a load.
 inline CorrTable neutral_table() {
@@ -45,7 +50,11 @@ inline CorrTable neutral_table() {
     return t;
 }
 
-inline bool same(const CorrTable &a, const CorrTable &b) { return same_bytes(a, b); }
-template <class Table> auto &at(Table &t, int r, int c) { return t.cell[r * 65 + c]; }
+inline bool same(const CorrTable &a, const CorrTable &b) {
+    return same_bytes(a, b);
+}
+template <class Table> auto &at(Table &t, int r, int c) {
+    return t.cell[r * 65 + c];
+}
 
 } // namespace vexo_test

@@ -32,11 +32,9 @@ TEST(CorrHeadConcurrency, LoadsNeverTearTheHeader) {
                 torn += !same_bytes(h, CorrHead{}) && !(h.tag && same_bytes(h, whole));
             }
         });
-    for (std::thread &t : loaders)
-        t.join();
+    for (std::thread &t : loaders) t.join();
     stop = true;
-    for (std::thread &t : readers)
-        t.join();
+    for (std::thread &t : readers) t.join();
     EXPECT_EQ(failed_loads, 0);
     EXPECT_EQ(torn, 0);
 }

@@ -58,26 +58,43 @@ std::string scor_file(const std::string &range_y = "100") {
 TEST(CorrTextLoaders, BadInputGetsItsStatus) {
     const std::string lm = "[LMCorrectData]\n", two = lm + "XSize=2\nYSize=2\n";
     const std::string txt = "SIZE: 100\n0\n";
-    const struct { Parser parse; uint32_t status; std::vector<std::string> texts; } groups[] = {
+    const struct {
+        Parser parse;
+        uint32_t status;
+        std::vector<std::string> texts;
+    } groups[] = {
         // "<y-axis>" before "<Data" does not count; the text ends at a zero byte.
-        {kXml, 7, {"", "<Dat<x-axis>1<y-axis>1", "<y-axis>1<Data><x-axis>5,", "<Data><y-axis>1",
-                   "<Data", "<Datax", "<Data><x-axis>", {"<Data>\0<x-axis>1<y-axis>2", 25}}},
+        {kXml,
+         7,
+         {"",
+          "<Dat<x-axis>1<y-axis>1",
+          "<y-axis>1<Data><x-axis>5,",
+          "<Data><y-axis>1",
+          "<Data",
+          "<Datax",
+          "<Data><x-axis>",
+          {"<Data>\0<x-axis>1<y-axis>2", 25}}},
         {kTxt, 25, {"", "size: 100\n", "\nSIZE: 100\n"}},
         // The header alone, or a partial record, is no record at all.
         {kTxt, 1, {"SIZE: 100\n", "SIZE:100", "SIZE: 100\n0\n1\n2\n3\n", "SIZE: 9\n\n"}},
         // The size is read from the 6th character; rows 70.4 and -6, column 65.28.
-        {kTxt, 7, {"SIZE: 0\n", "SIZE: abc\n", "SIZE: nan\n", "SIZE: -inf\n", "xSIZE: 100\n",
-                   txt + "60\n0\n1\n1\n", txt + "-60\n0\n1\n1\n", txt + "0\n52\n1\n1\n",
-                   txt + "nan\n0\n1\n1\n", txt + "0\n1e300\n1\n1\n"}},
+        {kTxt,
+         7,
+         {"SIZE: 0\n", "SIZE: abc\n", "SIZE: nan\n", "SIZE: -inf\n", "xSIZE: 100\n",
+          txt + "60\n0\n1\n1\n", txt + "-60\n0\n1\n1\n", txt + "0\n52\n1\n1\n",
+          txt + "nan\n0\n1\n1\n", txt + "0\n1e300\n1\n1\n"}},
         {kScor, 21, {"", "[LMCorrectDat]\nXSize=2\nYSize=2\n", " " + two}},
         // The end of the file before both sizes counts as a bad header.
-        {kScor, 25, {lm, lm + "XSize=2\n", lm + "XSize=16\nYSize=16\n", lm + "XSize=2\nYSize=3\n",
-                     lm + "XSize=-2\nYSize=-2\n", lm + "XSize=0\nYSize=0\n",
-                     lm + "RangeX=0\nXSize=2\nYSize=2\n",
-                     lm + "XSize=99999999999\nYSize=99999999999\n"}},
+        {kScor,
+         25,
+         {lm, lm + "XSize=2\n", lm + "XSize=16\nYSize=16\n", lm + "XSize=2\nYSize=3\n",
+          lm + "XSize=-2\nYSize=-2\n", lm + "XSize=0\nYSize=0\n",
+          lm + "RangeX=0\nXSize=2\nYSize=2\n", lm + "XSize=99999999999\nYSize=99999999999\n"}},
         {kScor, 7, {two + "X-2-0=1\n", two + "Y-0-2=1\n", two + "MX--1-0=1\n", two + "MY-0-5=1\n"}},
-        {kScor, 1, {lm + "XSize=15\nYSize=15\nX-14-14=1\n", lm + "XSize=1\nYSize=1\n",
-                    "[LMCorrectData] with a long tail\nXSize=1\nYSize=1\n"}},
+        {kScor,
+         1,
+         {lm + "XSize=15\nYSize=15\nX-14-14=1\n", lm + "XSize=1\nYSize=1\n",
+          "[LMCorrectData] with a long tail\nXSize=1\nYSize=1\n"}},
     };
     for (const auto &g : groups)
         for (const std::string &text : g.texts) {
@@ -90,13 +107,13 @@ TEST(CorrTextLoaders, BadInputGetsItsStatus) {
 TEST(CorrXml, ListsOnThe1024GridAllSearchedFromData) {
     auto value = [](int k, int axis) { // of cell k = 65 r + c
         const int r = k / 65, c = k % 65;
-        return axis == 0 ? (r * 7 + c * 3) % 201 - 100 : axis == 1 ? (r * 5 - c * 11) % 301
-                                                                   : r * 100 - c * 300;
+        return axis == 0   ? (r * 7 + c * 3) % 201 - 100
+               : axis == 1 ? (r * 5 - c * 11) % 301
+                           : r * 100 - c * 300;
     };
     auto list = [&](int axis) {
         std::string s;
-        for (int k = 0; k < 4225; ++k)
-            s += std::to_string(value(k, axis)) + ",";
+        for (int k = 0; k < 4225; ++k) s += std::to_string(value(k, axis)) + ",";
         return s;
     };
     const std::string file = "<?xml?>\n<Data>\n<y-axis>" + list(1) + "</y-axis>\n<x-axis> " +
@@ -104,17 +121,17 @@ TEST(CorrXml, ListsOnThe1024GridAllSearchedFromData) {
     CorrTable t = neutral_table();
     ASSERT_EQ(parse(kXml, file, t), VEXO_OK);
     for (int k = 0; k < 4225; ++k) // z raw
-        ASSERT_TRUE(xyz(t.cell[k]) == (Xyz{value(k, 0) + k % 65 * 1024.0 - 32767.5,
-                                           value(k, 1) + k / 65 * 1024.0 - 32767.5,
-                                           double(value(k, 2))})) << k;
+        ASSERT_TRUE(xyz(t.cell[k]) ==
+                    (Xyz{value(k, 0) + k % 65 * 1024.0 - 32767.5,
+                         value(k, 1) + k / 65 * 1024.0 - 32767.5, double(value(k, 2))}))
+            << k;
     // C integers truncated to 16 bits (saturating at 32 first); after the
     // last comma every value reads 0; without a z list z stays 0.
     t = neutral_table();
     const std::string odd = "<Data <x-axis>70000, -40000 ,99999999999,-99999999999,+7,junk,-7";
     ASSERT_EQ(parse(kXml, odd + "<y-axis>3", t), VEXO_OK);
     const double x_read[] = {70000 - 65536, -40000 + 65536, -1, 0, 7, 0, -7, 0};
-    for (int c = 0; c < 8; ++c)
-        EXPECT_EQ(at(t, 0, c).x, x_read[c] + c * 1024 - 32767.5) << c;
+    for (int c = 0; c < 8; ++c) EXPECT_EQ(at(t, 0, c).x, x_read[c] + c * 1024 - 32767.5) << c;
     EXPECT_EQ(at(t, 64, 64).x, 65536 - 32767.5);
     EXPECT_TRUE(at(t, 0, 0).y == 3 - 32767.5 && at(t, 1, 0).y == 1024 - 32767.5);
     EXPECT_EQ(at(t, 10, 10).z, 0.0);
@@ -139,8 +156,11 @@ TEST(CorrTxt, FourthLineIsYFillIsLinearAndLongLinesSplit) {
     // Lines arrive in pieces of 99 characters: a 99-character index line
     // leaves its newline as a line of its own, shifting the record by one;
     // a longer one puts its tail into the row position.
-    const struct { size_t length; uint32_t status; double y, x; } cases[] = {
-        {98, VEXO_OK, 5, 6}, {99, VEXO_OK, 0, 5}, {120, VEXO_ERROR_INVALID_DATA, 0, 0}};
+    const struct {
+        size_t length;
+        uint32_t status;
+        double y, x;
+    } cases[] = {{98, VEXO_OK, 5, 6}, {99, VEXO_OK, 0, 5}, {120, VEXO_ERROR_INVALID_DATA, 0, 0}};
     for (const auto &c : cases) {
         t = neutral_table();
         const std::string text = "SIZE: 100\n" + std::string(c.length, '7') + "\n0\n0\n5\n6\n";
@@ -189,7 +209,6 @@ TEST(CorrTextLoaders, DecimalCommaLocaleDoesNotChangeNumbers) {
     const bool parsed =
         found && parse(kTxt, txt, txt_l) == VEXO_OK && parse(kScor, scor, scor_l) == VEXO_OK;
     std::setlocale(LC_ALL, previous.c_str());
-    if (!found)
-        GTEST_SKIP() << "no locale with a decimal comma is installed";
+    if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
     EXPECT_TRUE(parsed && same(txt_l, txt_c) && same(scor_l, scor_c)) << found;
 }

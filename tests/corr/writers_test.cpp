@@ -54,9 +54,14 @@ TEST(CorrWriters, EveryLayoutLoadsBackCloseAndFileErrors) {
                              : vexo_corr_save_cor(&original, p, 7.0);
     };
     // kxo: half a step, plus the decoder's last bits for exact halves.
-    const struct { const char *name; size_t size; double tolerance, z; } cases[] = { // z NaN: kept
-        {"back.kxo", 50712, 1.0 / 60000 + 1e-9, NAN}, {"back.ctb", 16900, 0.5, -32767.5},
-        {"back.cor", 33840, 0.5, 0.0}};
+    const struct {
+        const char *name;
+        size_t size;
+        double tolerance, z;
+    } cases[] = {// z NaN: kept
+                 {"back.kxo", 50712, 1.0 / 60000 + 1e-9, NAN},
+                 {"back.ctb", 16900, 0.5, -32767.5},
+                 {"back.cor", 33840, 0.5, 0.0}};
     const bool has_full = std::ifstream("/dev/full").good(); // opens, then has no room
     for (int format = 0; format < 3; ++format) {
         const auto &c = cases[format];

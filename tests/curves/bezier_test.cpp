@@ -15,8 +15,7 @@ TEST(Bezier, WorkedExamplesAndBadArguments) {
     ASSERT_EQ(vexo_bezier_get_curve3d(line, 2, out, 3), VEXO_OK);
     EXPECT_EQ(xyz(out[1]), (Xyz{1, 2, 3})); // the midpoint exactly (the ends: below)
     ASSERT_EQ(vexo_bezier_get_curve3d(one, 1, out, 4), VEXO_OK); // copies of the one point
-    for (const GeomPoint &p : out)
-        EXPECT_TRUE(xyz(p) == xyz(one) && p.flags == 0);
+    for (const GeomPoint &p : out) EXPECT_TRUE(xyz(p) == xyz(one) && p.flags == 0);
     out[1].flags = 7;
     ASSERT_EQ(vexo_bezier_get_curve3d(line, 2, out, 1), VEXO_OK); // one step: t = 0 only
     EXPECT_TRUE(xyz(out[0]) == (Xyz{0, 0, 0}) && out[1].flags == 7);
@@ -41,7 +40,8 @@ TEST(Bezier, ExactEndsAndDeCasteljauUpToDegree31) {
             std::vector<GeomPoint> out(steps);
             ASSERT_EQ(vexo_bezier_get_curve3d(c.data(), count, out.data(), steps), VEXO_OK);
             EXPECT_TRUE(xyz(out[0]) == xyz(c.data()) && xyz(out[steps - 2]) != xyz(out.back()) &&
-                        xyz(out.back()) == xyz(&c[3 * (count - 1)])) << count << " " << steps;
+                        xyz(out.back()) == xyz(&c[3 * (count - 1)]))
+                << count << " " << steps;
             for (uint32_t s = 0; steps == 101 && s < steps; ++s) {
                 std::vector<double> w(c.begin(), c.begin() + 3 * count);
                 for (int level = count - 1; level > 0; --level)

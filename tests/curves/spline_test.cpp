@@ -16,8 +16,7 @@ namespace {
 std::pair<uint32_t, std::vector<double>> eval(const std::vector<double> &knots,
                                               std::vector<double> xs) {
     std::vector<GeomPoint> pts;
-    for (double x : xs)
-        pts.push_back(vexo_test::point(x, -999.0, 42.0, 5));
+    for (double x : xs) pts.push_back(vexo_test::point(x, -999.0, 42.0, 5));
     const uint32_t status = vexo_spline_get_curve2d(knots.data(), (int32_t)(knots.size() / 2),
                                                     pts.data(), (int32_t)pts.size());
     for (size_t i = 0; i < pts.size(); ++i) {
@@ -30,7 +29,10 @@ std::pair<uint32_t, std::vector<double>> eval(const std::vector<double> &knots,
 } // namespace
 
 TEST(Spline, HandSolvedLinesAndKnots) {
-    const struct { std::vector<double> knots, xs, ys; double tolerance; } cases[] = {
+    const struct {
+        std::vector<double> knots, xs, ys;
+        double tolerance;
+    } cases[] = {
         // (0,0) (1,1) (2,0): 4 M1 = 6 (-1 - 1), M1 = -3; the end cubics extrapolate.
         {{0, 0, 1, 1, 2, 0}, {0.5, 1.5, -1, 3}, {0.6875, 0.6875, -1, -1}, 0},
         // (0,0) (1,1) (2,0) (3,1): 4 M1 + M2 = -12, M1 + 4 M2 = 12, so M = (-4, 4).
@@ -65,8 +67,8 @@ TEST(Spline, EqualKnotsAndTheWarmStartedBracket) {
     for (int trial = 0; trial < 300; ++trial) {
         std::vector<double> knots, where;
         for (int k = 0; k < 2 + trial % 9; ++k)
-            knots.insert(knots.end(), {(trial % 7 ? k + rng() % 2 : rng() % 12) / 2.0,
-                                       (double)(rng() % 10)});
+            knots.insert(knots.end(),
+                         {(trial % 7 ? k + rng() % 2 : rng() % 12) / 2.0, (double)(rng() % 10)});
         for (int j = 0; j < 30; ++j)
             where.push_back((rng() % 26) / 4.0 - 1.0); // on the knots and between them
         const auto all = eval(knots, where);

@@ -48,10 +48,9 @@ TEST(Figures, SpiralDirectionsAndRefusals) {
     Points in(vexo_geom_create_spiral(0.2, 1.0, &c, 0, 0.1, 36, 0, 0, &n));
     Points rev(vexo_geom_create_spiral(0.2, 1.0, &c, 0, 0.1, 36, 1, 0, &rev_n));
     ASSERT_TRUE(n > 10 && rev_n == n);
-    EXPECT_EQ(xyz(*in), (Xyz{1, 2, 2}));                       // outer radius, above
+    EXPECT_EQ(xyz(*in), (Xyz{1, 2, 2}));                      // outer radius, above
     EXPECT_TRUE(in.get()[1].x > 1.0 && rev.get()[1].x < 1.0); // clockwise unless reversed
-    for (uint32_t i = 0; i < n; ++i)
-        EXPECT_EQ(in.get()[i].flags, i + 1 == n ? 1u : 0u);
+    for (uint32_t i = 0; i < n; ++i) EXPECT_EQ(in.get()[i].flags, i + 1 == n ? 1u : 0u);
     // Outward from the centre: the next radius step is infinite, one point;
     // inward with an outer radius <= 0, one point at 0.0001.
     Points one(vexo_geom_create_spiral(0.0, 1.0, &c, 0, 0.1, 36, 0, 1, &n));
@@ -81,8 +80,7 @@ TEST(Figures, PlainAndShapedDots) {
     p = vexo_geom_append_dot_fast(p, &count, &at, true, &circle, &cap);
     p = vexo_geom_append_dot(p, &count, &at, true, &circle);
     ASSERT_EQ(count, 17u);
-    for (int i : {5, 6})
-        EXPECT_TRUE(xyz(p[i]) == xyz(at) && p[i].flags == 1) << i;
+    for (int i : {5, 6}) EXPECT_TRUE(xyz(p[i]) == xyz(at) && p[i].flags == 1) << i;
     EXPECT_TRUE(same_bytes(p[7], p[0], 5) && same_bytes(p[12], p[0], 5));
     // No figure points, no count or no point: buffer and count unchanged.
     EXPECT_EQ(vexo_geom_append_dot_fast(p, &count, &at, true, &none, &cap), p);

@@ -51,9 +51,11 @@ TEST(GeomPlacement, TranslateAndScaleMoveOnlyCoordinatesOfCountPoints) {
 TEST(GeomPointIn, RectAndPolygon) {
     // Rectangle x 0..10, y -5..12 (distinct bounds catch swapped arguments);
     // 2 is the border, a single coordinate on a bound being enough.
-    const struct { double x, y; uint32_t expected; } in_rect[] = {
-        {5, 20, 0}, {10, 20, 2}, {5, 5, 1}, {5, 11, 1}, {0, 5, 2}, {5, 12, 2}, {-3, -5, 2},
-        {11, 5, 0}, {-3, 0, 0}, {-1, -6, 0}, {NAN, 5, 0}, {5, NAN, 0}};
+    const struct {
+        double x, y;
+        uint32_t expected;
+    } in_rect[] = {{5, 20, 0},  {10, 20, 2}, {5, 5, 1},  {5, 11, 1},  {0, 5, 2},   {5, 12, 2},
+                   {-3, -5, 2}, {11, 5, 0},  {-3, 0, 0}, {-1, -6, 0}, {NAN, 5, 0}, {5, NAN, 0}};
     for (const auto &c : in_rect) {
         const GeomPoint p = point(c.x, c.y);
         EXPECT_EQ(vexo_geom_point_in_rect(&p, 12, 0, -5, 10), c.expected) << c.x << ", " << c.y;
@@ -70,8 +72,7 @@ TEST(GeomPointIn, RectAndPolygon) {
     for (const Xyz &c : on_square)
         EXPECT_EQ(in_poly(c[0], c[1], square), c[2]) << c[0] << ", " << c[1];
     const GeomPoint p = point(5, 5); // under three points, or missing: outside
-    for (int32_t n : {2, -4})
-        EXPECT_EQ(vexo_geom_point_in_polygon(&p, square.data(), n), 0u) << n;
+    for (int32_t n : {2, -4}) EXPECT_EQ(vexo_geom_point_in_polygon(&p, square.data(), n), 0u) << n;
     EXPECT_EQ(vexo_geom_point_in_polygon(&p, nullptr, 4), 0u);
     EXPECT_EQ(vexo_geom_point_in_polygon(nullptr, square.data(), 4), 0u);
     // Convex hexagon: inside iff strictly left of every edge (the grid avoids the edges).
@@ -95,11 +96,17 @@ TEST(GeomPointHeight, PlaneVerticesFlatAndMissing) {
     const GeomPoint tri[3] = {point(0, 0, 0), point(10, 0, 10), point(0, 10, 20)};
     const GeomPoint flat[3] = {point(0, 0, 4.5), point(1, 0, 4.5), point(0, 1, 4.5)};
     const GeomPoint tilt[3] = {point(0, 0, 0), point(1, 0, 0), point(0, 1, 4)};
-    const struct { const GeomPoint *triangle; GeomPoint p; double z, tolerance; } cases[] = {
-        {tri, point(2, 3), 8.0, 1e-12},   {tri, point(20, 20), 60.0, 1e-12},
-        {tri, point(10.00005, 0.00005, 10.00005), 10.0, 0.0},
-        {tri, point(10.0002, 0, 10), 10.0002, 1e-9}, {tri, point(10.00005, 0, 500), 10.00005, 1e-9},
-        {flat, point(1e6, -1e6, 99), 4.5, 0.0},     {tilt, point(0.25, 0.25), 1.0, 1e-12}};
+    const struct {
+        const GeomPoint *triangle;
+        GeomPoint p;
+        double z, tolerance;
+    } cases[] = {{tri, point(2, 3), 8.0, 1e-12},
+                 {tri, point(20, 20), 60.0, 1e-12},
+                 {tri, point(10.00005, 0.00005, 10.00005), 10.0, 0.0},
+                 {tri, point(10.0002, 0, 10), 10.0002, 1e-9},
+                 {tri, point(10.00005, 0, 500), 10.00005, 1e-9},
+                 {flat, point(1e6, -1e6, 99), 4.5, 0.0},
+                 {tilt, point(0.25, 0.25), 1.0, 1e-12}};
     double z = -1;
     for (const auto &c : cases) {
         ASSERT_EQ(vexo_geom_point_height(&c.p, c.triangle, &z), VEXO_OK);

@@ -20,12 +20,13 @@ std::vector<Kept> reduce(Reducer reducer, std::vector<GeomPoint> pts, double lim
     uint32_t count = static_cast<uint32_t>(pts.size());
     EXPECT_EQ(reducer(pts.data(), &count, limit), pts.data());
     std::vector<Kept> kept;
-    for (uint32_t i = 0; i < count; ++i)
-        kept.emplace_back(pts[i].x, pts[i].y, pts[i].flags);
+    for (uint32_t i = 0; i < count; ++i) kept.emplace_back(pts[i].x, pts[i].y, pts[i].flags);
     return kept;
 }
 
-GeomPoint p(double x, double y, uint32_t flags = 0) { return point(x, y, 0, flags); }
+GeomPoint p(double x, double y, uint32_t flags = 0) {
+    return point(x, y, 0, flags);
+}
 
 // The distance reduction written out plainly, one full pass per step.
 uint32_t reduce_step_by_step(GeomPoint *p, uint32_t count, double min_dist, bool with_z) {
@@ -39,8 +40,7 @@ uint32_t reduce_step_by_step(GeomPoint *p, uint32_t count, double min_dist, bool
         } else if (close(p[a], p[i])) {
             p[a].flags &= ~5u, p[i++].flags |= 2u;
         } else {
-            while ((p[++a].flags & 2u) && a + 1 < count)
-                continue;
+            while ((p[++a].flags & 2u) && a + 1 < count) continue;
             i = a + 1;
         }
     }
@@ -55,7 +55,10 @@ uint32_t reduce_step_by_step(GeomPoint *p, uint32_t count, double min_dist, bool
 } // namespace
 
 TEST(GeomReduce, WorkedCasesQuirksAndMissingArrays) {
-    const struct { std::vector<GeomPoint> in; std::vector<Kept> out; } cases[] = {
+    const struct {
+        std::vector<GeomPoint> in;
+        std::vector<Kept> out;
+    } cases[] = {
         // Exactly min_dist away stays (strict test); the anchor then moves.
         {{p(0, 0), p(0.5, 0), p(0.7, 0), p(2, 0, 1)}, {{0, 0, 0}, {0.5, 0, 0}, {2, 0, 1}}},
         // A line starting 0.1 after the previous end is joined to it.
@@ -123,15 +126,26 @@ TEST(GeomReduceByAngle, BendsDegenerateLegsAndAnchorWalk) {
                                  tiny_y = {p(0, 0), p(1, 5e-8), p(2, 0, 1)},
                                  tiny_x = {p(0, 0), p(5e-8, 1), p(0, 2, 1)};
     const Reducer deg = vexo_geom_reduce_by_angle, rad = vexo_geom_reduce_by_angle_2d;
-    const struct { Reducer r; std::vector<GeomPoint> in; double limit; size_t kept; } cases[] = {
-        {rad, bend(1), 0.0873, 2}, {deg, bend(1), 0.0873, 3}, // radians in 2D, degrees in 3D
-        {deg, bend(90), right, 3}, {deg, bend(90), 90.0, 2},  // acos(0) in float-pi degrees
-        {deg, line, 90.0, 3},      {rad, line, 1.5, 3},       // collinear: angle 0 is kept
+    const struct {
+        Reducer r;
+        std::vector<GeomPoint> in;
+        double limit;
+        size_t kept;
+    } cases[] = {
+        {rad, bend(1), 0.0873, 2},
+        {deg, bend(1), 0.0873, 3}, // radians in 2D, degrees in 3D
+        {deg, bend(90), right, 3},
+        {deg, bend(90), 90.0, 2}, // acos(0) in float-pi degrees
+        {deg, line, 90.0, 3},
+        {rad, line, 1.5, 3}, // collinear: angle 0 is kept
         {deg, {point(0, 0, 0), point(1, 0, 0), point(2, 0, 1, 1)}, 46, 2}, // 45 degrees in z
-        {deg, back, 180.0, 2},     {rad, back, pi_f, 3}, // 2D: a reversal is pi_f exactly
+        {deg, back, 180.0, 2},
+        {rad, back, pi_f, 3}, // 2D: a reversal is pi_f exactly
         {rad, back, std::nextafter(pi_f, 4.0), 2},
-        {deg, twice, 179.0, 3},    {rad, twice, 1.6, 2}, // a repeated point: NaN; pi/2 in 2D
-        {rad, tiny_y, 1.0, 3},     {deg, tiny_y, 1.0, 2}, // 2D zeroes components below 1e-7
+        {deg, twice, 179.0, 3},
+        {rad, twice, 1.6, 2}, // a repeated point: NaN; pi/2 in 2D
+        {rad, tiny_y, 1.0, 3},
+        {deg, tiny_y, 1.0, 2}, // 2D zeroes components below 1e-7
         {rad, tiny_x, 1.0, 3},
     };
     for (size_t i = 0; i < sizeof cases / sizeof cases[0]; ++i)
@@ -144,7 +158,7 @@ TEST(GeomReduceByAngle, BendsDegenerateLegsAndAnchorWalk) {
                      {p(0, 0), p(10, 0), p(11, 0.07), p(12, 0.2), p(13, 0.57, 1)}, 5.0),
               (std::vector<Kept>{{0, 0, 0}, {11, 0.07, 0}, {12, 0.2, 0}, {13, 0.57, 1}}));
     // A straight line, a dot, a gently bent line: only the bent middle goes.
-    std::vector<GeomPoint> pts = {p(0, 0), p(1, 0), p(2, 0, 1), p(9, 9, 1),
+    std::vector<GeomPoint> pts = {p(0, 0), p(1, 0), p(2, 0, 1),   p(9, 9, 1),
                                   p(3, 5), p(4, 5), p(5, 5.01, 1)};
     const std::vector<Kept> expected = {{0, 0, 0}, {1, 0, 0}, {2, 0, 1},
                                         {9, 9, 1}, {3, 5, 0}, {5, 5.01, 1}};
@@ -154,8 +168,8 @@ TEST(GeomReduceByAngle, BendsDegenerateLegsAndAnchorWalk) {
     // the ends and the next line's middle is never examined.
     pts[2].y = 0.01;
     EXPECT_EQ(reduce(vexo_geom_reduce_by_angle, pts, 5.0),
-              (std::vector<Kept>{{0, 0, 0}, {2, 0.01, 1}, {9, 9, 1}, {3, 5, 0}, {4, 5, 0},
-                                 {5, 5.01, 1}}));
+              (std::vector<Kept>{
+                  {0, 0, 0}, {2, 0.01, 1}, {9, 9, 1}, {3, 5, 0}, {4, 5, 0}, {5, 5.01, 1}}));
 }
 
 TEST(GeomSmooth, ThresholdsPassOrderEndsAndDots) {
@@ -164,10 +178,17 @@ TEST(GeomSmooth, ThresholdsPassOrderEndsAndDots) {
     using Smoother = GeomPoint *(*)(GeomPoint *, uint32_t, double, uint32_t *);
     const Smoother s2 = vexo_geom_smoothen_2d, s3 = vexo_geom_smoothen;
     const double r2 = std::sqrt(2.0), r27 = std::sqrt(27.0);
-    const struct { Smoother f; double x0, x2, max_dist; bool moved; } cases[] = {
-        {s2, 0, 2, r2, false}, {s2, 0, 2, std::nextafter(r2, 2.0), true}, {s2, 0, 1, r2, false},
-        {s2, 1, 2, r2, false}, {s2, 1, 1, r2, true},  {s3, 0, 2, r27, false},
-        {s3, 0, 2, std::nextafter(r27, 6.0), true}};
+    const struct {
+        Smoother f;
+        double x0, x2, max_dist;
+        bool moved;
+    } cases[] = {{s2, 0, 2, r2, false},
+                 {s2, 0, 2, std::nextafter(r2, 2.0), true},
+                 {s2, 0, 1, r2, false},
+                 {s2, 1, 2, r2, false},
+                 {s2, 1, 1, r2, true},
+                 {s3, 0, 2, r27, false},
+                 {s3, 0, 2, std::nextafter(r27, 6.0), true}};
     for (const auto &c : cases) {
         GeomPoint pts[3] = {point(c.x0, 0), point(1, 1, 5), point(c.x2, 0)};
         uint32_t status = 7;
@@ -178,7 +199,7 @@ TEST(GeomSmooth, ThresholdsPassOrderEndsAndDots) {
     // The pass sees the point it just smoothed; each sum runs p1 + p0 + p2.
     GeomPoint zig[4] = {point(0, 0), point(1, 3), point(2, 0), point(3, 3)};
     vexo_geom_smoothen_2d(zig, 4, 10.0, nullptr);
-    EXPECT_EQ(zig[2].y, (0.0 + 1.0 + 3.0) / 3.0); // not (0 + 3 + 3) / 3
+    EXPECT_EQ(zig[2].y, (0.0 + 1.0 + 3.0) / 3.0);                       // not (0 + 3 + 3) / 3
     GeomPoint order[3] = {point(0.1, 0), point(0.7, 0), point(0.3, 0)}; // other orders: 1.1
     vexo_geom_smoothen_2d(order, 3, 1.0, nullptr);
     EXPECT_EQ(order[1].x, (0.7 + 0.1 + 0.3) / 3.0);
@@ -191,7 +212,8 @@ TEST(GeomSmooth, ThresholdsPassOrderEndsAndDots) {
     vexo_geom_smoothen_2d(pts.data(), static_cast<uint32_t>(pts.size()), 10.0, nullptr);
     for (size_t i = 0; i < pts.size(); ++i)
         EXPECT_TRUE((pts[i].y == before[i].y) == (i != 1 && i != 6) && pts[i].z == before[i].z &&
-                    pts[i].flags == before[i].flags) << i;
+                    pts[i].flags == before[i].flags)
+            << i;
     // Missing (status still written) or NaN: nothing moves.
     uint32_t status = 7;
     EXPECT_TRUE(vexo_geom_smoothen_2d(nullptr, 50, 10.0, &status) == nullptr && status == VEXO_OK);

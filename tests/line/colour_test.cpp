@@ -13,11 +13,25 @@
 
 namespace {
 
-struct Params { int32_t brightness, contrast, offset[3]; };
+struct Params {
+    int32_t brightness, contrast, offset[3];
+};
 const Params kSets[] = {
-    {0, 0, {}}, {10, 0, {}}, {-10, 0, {}}, {0, 50, {}}, {0, -50, {}}, {0, -100, {}}, {0, 1000, {}},
-    {300, 0, {}}, {INT_MAX, 0, {}}, {INT_MIN, 0, {}}, {0, INT_MAX, {}}, {0, INT_MIN, {}},
-    {-7, 33, {100, -100, 1}}, {3, -99, {-128, 127, 0}}, {255, -200, {5, -5, 17}},
+    {0, 0, {}},
+    {10, 0, {}},
+    {-10, 0, {}},
+    {0, 50, {}},
+    {0, -50, {}},
+    {0, -100, {}},
+    {0, 1000, {}},
+    {300, 0, {}},
+    {INT_MAX, 0, {}},
+    {INT_MIN, 0, {}},
+    {0, INT_MAX, {}},
+    {0, INT_MIN, {}},
+    {-7, 33, {100, -100, 1}},
+    {3, -99, {-128, 127, 0}},
+    {255, -200, {5, -5, 17}},
     {0, 0, {INT_MAX, INT_MIN, 0}},
     {1 << 24, 0, {-(1 << 24), -(1 << 24), -(1 << 24)}}}; // brightness, then offset, in f32
 
@@ -57,8 +71,8 @@ std::vector<uint8_t> sweep_image() {
 
 uint32_t run(uint8_t *dst, const std::vector<uint8_t> &src, const Params &p, int32_t gamma,
              uint32_t width = 285) { // as width x (285 / width) pixels
-    return vexo_gfx_process_colours(dst, src.data(), width, 285 / width, p.brightness,
-                                    p.contrast, gamma, p.offset[0], p.offset[1], p.offset[2]);
+    return vexo_gfx_process_colours(dst, src.data(), width, 285 / width, p.brightness, p.contrast,
+                                    gamma, p.offset[0], p.offset[1], p.offset[2]);
 }
 
 // Runs in a fresh process, after an optional call without buffers of
@@ -66,8 +80,7 @@ uint32_t run(uint8_t *dst, const std::vector<uint8_t> &src, const Params &p, int
 // fixes the curve; every call, in place and as 3 x 95 pixels too, must give
 // the formula's bytes on it.  Exit code 0 if so.
 int check_first_curve(int prior, int32_t first, int32_t later) {
-    if (prior >= 0)
-        vexo_gfx_process_colours(nullptr, nullptr, prior, prior, 0, 0, 100, 0, 0, 0);
+    if (prior >= 0) vexo_gfx_process_colours(nullptr, nullptr, prior, prior, 0, 0, 100, 0, 0, 0);
     const std::vector<float> table = reference_table(prior == 0 ? 100 : first);
     const std::vector<uint8_t> src = sweep_image();
     for (const Params &p : kSets) {
@@ -88,7 +101,7 @@ int check_first_curve(int prior, int32_t first, int32_t later) {
 // the curve, a refused call does not.
 TEST(ColourPipelineFreshProcess, FirstGammaStaysForTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const int cases[][3] = {{-1, 0, 100},          {-1, -100, 0}, {-1, 100, -100}, {-1, -33, 42},
+    const int cases[][3] = {{-1, 0, 100},           {-1, -100, 0}, {-1, 100, -100}, {-1, -33, 42},
                             {-1, INT_MIN, INT_MAX}, {0, 0, -100},  {4, -100, 100}};
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << c[0] << ", " << c[1] << ", " << c[2]);
@@ -98,20 +111,21 @@ TEST(ColourPipelineFreshProcess, FirstGammaStaysForTheProcess) {
 
 TEST(ColourPipeline, ExamplesOnAnyCurveAndBadArguments) {
     // Brightness +-300 saturates; contrast -100 flattens to 127 before offsets.
-    const struct { Params p; uint8_t channel[3]; } flat[] = {
-        {{300, 0, {}}, {255, 255, 255}}, {{-300, 0, {}}, {0, 0, 0}},
-        {{0, -100, {1, -1, 200}}, {128, 126, 255}}};
+    const struct {
+        Params p;
+        uint8_t channel[3];
+    } flat[] = {{{300, 0, {}}, {255, 255, 255}},
+                {{-300, 0, {}}, {0, 0, 0}},
+                {{0, -100, {1, -1, 200}}, {128, 126, 255}}};
     const std::vector<uint8_t> src = sweep_image();
     std::vector<uint8_t> out(src.size());
     for (const auto &c : flat) {
         ASSERT_EQ(run(out.data(), src, c.p, 0), VEXO_OK);
-        for (size_t i = 0; i < out.size(); ++i)
-            ASSERT_EQ(out[i], c.channel[i % 3]) << i;
+        for (size_t i = 0; i < out.size(); ++i) ASSERT_EQ(out[i], c.channel[i % 3]) << i;
     }
     // The identity curve (gamma 0) maps v to trunc((v + 1) / 256 * 255).
     const std::vector<uint8_t> linear = reference_image(reference_table(0), src, kSets[0]);
-    for (int v = 0; v < 256; ++v)
-        ASSERT_EQ(linear[3 * v], (v + 1) * 255 / 256) << v;
+    for (int v = 0; v < 256; ++v) ASSERT_EQ(linear[3 * v], (v + 1) * 255 / 256) << v;
 
     // NULL buffers with pixels, or a byte size beyond size_t: 16, nothing touched; an empty
     // image needs no buffers.

@@ -14,17 +14,21 @@ using namespace vexo_test;
 TEST(LineCrossing, Round4GridWorkedCasesKeepFlagAndBadArguments) {
     const double beyond = static_cast<double>(INT64_MIN) / 10000.0; // NaN and outside int64
     const double grid[][2] = {
-        {1.25, 1.25},       {0.12345, 0.1235}, {-0.12345, -0.1235}, {0.12344, 0.1234},
+        {1.25, 1.25},      {0.12345, 0.1235}, {-0.12345, -0.1235}, {0.12344, 0.1234},
         {0.00015, 0.0001}, // scales to 1.4999999999999998: down, as on the hosts
-        {1.00001, 1.0},     {1.00004, 1.0},    {1.00006, 1.0001},   {-0.00004, 0.0},
-        {9e14, 9e14},       {1e300, beyond},   {-1e300, beyond},    {NAN, beyond}};
-    for (const auto &c : grid)
-        EXPECT_EQ(vexo::round4(c[0]), c[1]) << c[0];
+        {1.00001, 1.0},    {1.00004, 1.0},    {1.00006, 1.0001},   {-0.00004, 0.0},
+        {9e14, 9e14},      {1e300, beyond},   {-1e300, beyond},    {NAN, beyond}};
+    for (const auto &c : grid) EXPECT_EQ(vexo::round4(c[0]), c[1]) << c[0];
 
     // Slopes 1.00004 and 1.00006 differ on the grid: the lines cross far out.
     const double far_x = -1.0 / (1.00004 - (0.00006 + 1.0)), far_y = far_x * 1.00004;
     const GeomPoint o = point(0, 0);
-    struct { GeomPoint a0, a1, b0, b1; bool a_open, b_open; uint32_t code; Xyz at; } cases[] = {
+    struct {
+        GeomPoint a0, a1, b0, b1;
+        bool a_open, b_open;
+        uint32_t code;
+        Xyz at;
+    } cases[] = {
         // Inside both: z along a only.
         {o, point(2, 2, 4), point(0, 2, 9), point(2, 0, 9), 0, 0, 1, {1, 1, 2}},
         // y = x (0..1) meets y = 4 - x at b's end (2, 2): outside a until a
@@ -52,19 +56,23 @@ TEST(LineCrossing, Round4GridWorkedCasesKeepFlagAndBadArguments) {
     for (const auto &c : cases) {
         GeomPoint out = point(5, 6, 7, 0xff);
         EXPECT_EQ(vexo_line_get_crossing(&c.a0, &c.a1, c.a_open, &c.b0, &c.b1, c.b_open, &out),
-                  c.code) << &c - cases;
+                  c.code)
+            << &c - cases;
         EXPECT_TRUE(xyz(out) == c.at && out.flags == 0) << &c - cases;
     }
 
     // 0x40 (and no other bit) only when all four ends carry it, whatever the outcome.
     const GeomPoint k = point(0, 0, 0, 0x43), l = point(2, 2, 0, 0x41), m = point(0, 2, 0, 0x47),
                     n = point(2, 0, 0, 0x41), plain = point(2, 0, 0, 1);
-    const struct { const GeomPoint *b0, *b1; uint32_t code, flags; } keep[] = {
-        {&m, &n, 1, 0x40}, {&m, &plain, 1, 0}, {&k, &l, 4, 0x40}};
+    const struct {
+        const GeomPoint *b0, *b1;
+        uint32_t code, flags;
+    } keep[] = {{&m, &n, 1, 0x40}, {&m, &plain, 1, 0}, {&k, &l, 4, 0x40}};
     GeomPoint out;
     for (const auto &c : keep)
         EXPECT_TRUE(vexo_line_get_crossing(&k, &l, false, c.b0, c.b1, false, &out) == c.code &&
-                    out.flags == c.flags) << &c - keep;
+                    out.flags == c.flags)
+            << &c - keep;
     GeomPoint a0 = point(0, 0, 0), a1 = point(2, 2, 4); // out may be an input
     EXPECT_TRUE(vexo_line_get_crossing(&a0, &a1, false, &m, &n, false, &a0) == 1 &&
                 xyz(a0) == (Xyz{1, 1, 2}));
@@ -77,7 +85,9 @@ TEST(LineCrossing, Round4GridWorkedCasesKeepFlagAndBadArguments) {
 
 TEST(LineInnerPart, WorkedCases) {
     const double rect[6] = {0.0, 10.0, NAN, 10.0, 0.0, NAN}; // left, top, -, right, bottom, -
-    const struct { GeomPoint a, b, first, second; } cases[] = {
+    const struct {
+        GeomPoint a, b, first, second;
+    } cases[] = {
         // Inside (border included): whole copies; crossings have zero padding.
         {{1, 1, 5, 0x44, 9}, point(2, 3, 6, 0x02), {1, 1, 5, 0x44, 9}, point(2, 3, 6, 0x02)},
         {point(0, 0, 0, 1), point(10, 10), point(0, 0, 0, 1), point(10, 10)},
@@ -102,7 +112,8 @@ TEST(LineInnerPart, WorkedCases) {
         ASSERT_TRUE(part) << &c - cases;
         for (const GeomPoint *got = part.get(), *want = &c.first; want <= &c.second; ++got, ++want)
             EXPECT_TRUE(xyz(*got) == xyz(*want) && got->flags == want->flags &&
-                        got->reserved == want->reserved) << &c - cases;
+                        got->reserved == want->reserved)
+                << &c - cases;
     }
     // Cross-check against the parametric form of a sloped segment.
     const GeomPoint a = point(-2, 3, 1), b = point(12, 8, 8);
@@ -132,10 +143,15 @@ TEST(LineMeasure, LengthDotCountVectorsAndDots) {
     EXPECT_EQ(vexo_line_get_length(nullptr, &b, false), 0.0);
     // ceil((length + extra) / spacing), the low 32 bits of a 64-bit count;
     // a missing point has length 0; spacing 0 or a NaN gives 0, not a trap.
-    struct { const GeomPoint *a, *b; double spacing, extra; uint32_t count; } cases[] = {
-        {&o, &x, 3, 0, 4}, {&o, &x, 3, 2, 4}, {&o, &x, 3, 2.5, 5}, {&a, &b, 1, 0, 13},
-        {nullptr, &x, 2, 5, 3}, {&o, nullptr, 2, 0, 0}, {&o, &x, 3, -20, ~2u},
-        {&o, &x, 1, 4294967293.0, 7}, {&o, &x, 0, 0, 0}, {&o, &o, 0, 0, 0}};
+    struct {
+        const GeomPoint *a, *b;
+        double spacing, extra;
+        uint32_t count;
+    } cases[] = {{&o, &x, 3, 0, 4},      {&o, &x, 3, 2, 4},
+                 {&o, &x, 3, 2.5, 5},    {&a, &b, 1, 0, 13},
+                 {nullptr, &x, 2, 5, 3}, {&o, nullptr, 2, 0, 0},
+                 {&o, &x, 3, -20, ~2u},  {&o, &x, 1, 4294967293.0, 7},
+                 {&o, &x, 0, 0, 0},      {&o, &o, 0, 0, 0}};
     for (const auto &c : cases)
         EXPECT_EQ(vexo_line_get_dot_num(c.a, c.b, c.spacing, c.extra), c.count) << &c - cases;
     // Below 1e-7 (either sign) 2D components become +0; 1e-7 itself stays.
@@ -157,13 +173,22 @@ TEST(LineMeasure, LengthDotCountVectorsAndDots) {
     const GeomPoint from = point(0, 0, 0, 0x41), to = point(9, 0, 0), c = point(0, 6, 8),
                     up = point(0, 0, 5), same = point(2, 3, 4, 1), tiny = point(2 + 5e-8, 3, 4);
     const double past_tiny = 2 + 4 * (tiny.x - 2);
-    struct { const GeomPoint *a, *b; double spacing; int32_t index; double offset; bool inside;
-             Xyz at; } dots[] = {
-        {&from, &to, 3, 2, 1, true, {7, 0, 0}},   {&from, &to, 3, 3, 0, true, {9, 0, 0}},
-        {&from, &to, 3, 4, 0, false, {12, 0, 0}}, {&from, &to, 3, -1, 0.5, false, {-2.5, 0, 0}},
-        {&to, &from, 3, 1, 0, true, {6, 0, 0}},   {&from, &c, 2.5, 2, 0, true, {0, 3, 4}},
-        {&from, &up, 2, 3, 0, false, {0, 0, 6}},  {&same, &same, 5, 3, 2, true, {2, 3, 4}},
-        {&same, &tiny, 1, 4, 0, false, {past_tiny, 3, 4}}};
+    struct {
+        const GeomPoint *a, *b;
+        double spacing;
+        int32_t index;
+        double offset;
+        bool inside;
+        Xyz at;
+    } dots[] = {{&from, &to, 3, 2, 1, true, {7, 0, 0}},
+                {&from, &to, 3, 3, 0, true, {9, 0, 0}},
+                {&from, &to, 3, 4, 0, false, {12, 0, 0}},
+                {&from, &to, 3, -1, 0.5, false, {-2.5, 0, 0}},
+                {&to, &from, 3, 1, 0, true, {6, 0, 0}},
+                {&from, &c, 2.5, 2, 0, true, {0, 3, 4}},
+                {&from, &up, 2, 3, 0, false, {0, 0, 6}},
+                {&same, &same, 5, 3, 2, true, {2, 3, 4}},
+                {&same, &tiny, 1, 4, 0, false, {past_tiny, 3, 4}}};
     for (const auto &k : dots) {
         GeomPoint out = point(-1, -1, -1, 0xff);
         EXPECT_EQ(vexo_line_get_dot(k.a, k.b, k.spacing, k.index, &out, k.offset), k.inside);
@@ -183,8 +208,7 @@ TEST(LineCompact, RemovesProcessedPointsWholeAsAStableFilter) {
     std::vector<GeomPoint> all(3000), kept;
     for (GeomPoint &p : all) {
         p = {double(rng()), 0, 0, uint32_t(rng() & 0x47u), uint32_t(rng())};
-        if (!(p.flags & 2))
-            kept.push_back(p);
+        if (!(p.flags & 2)) kept.push_back(p);
     }
     uint32_t count = static_cast<uint32_t>(all.size());
     EXPECT_EQ(vexo_line_rem_unused_vertices(all.data(), &count), all.data());

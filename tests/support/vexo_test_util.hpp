@@ -28,8 +28,12 @@ inline GeomPoint point(double x, double y, double z = 0.0, uint32_t flags = 0) {
 
 // Coordinates of a point, compared exactly in one assertion.
 using Xyz = std::array<double, 3>;
-inline Xyz xyz(const GeomPoint &p) { return {p.x, p.y, p.z}; }
-inline Xyz xyz(const double *v) { return {v[0], v[1], v[2]}; }
+inline Xyz xyz(const GeomPoint &p) {
+    return {p.x, p.y, p.z};
+}
+inline Xyz xyz(const double *v) {
+    return {v[0], v[1], v[2]};
+}
 
 // A count whose byte size no machine can allocate (about 128 GiB).
 constexpr uint32_t kHugeCount = 0xF0000000u;

@@ -19,7 +19,9 @@ constexpr uint32_t kBad = VEXO_ERROR_INVALID_PARAMETER, kNoFile = VEXO_ERROR_FIL
 constexpr uint32_t kShort = VEXO_ERROR_READ_FILE;
 const std::string kEmptyKey = ".D41D8CD98F00B204E9800998ECF8427E"; // MD5 of no bytes
 
-const uint8_t *bytes(const std::string &s) { return reinterpret_cast<const uint8_t *>(s.data()); }
+const uint8_t *bytes(const std::string &s) {
+    return reinterpret_cast<const uint8_t *>(s.data());
+}
 uint32_t save(const char *name, const std::string &key, const std::string &data) {
     return vexo_util_save_runtime_data(name, bytes(key), uint32_t(key.size()), bytes(data),
                                        uint32_t(data.size()));
@@ -34,7 +36,7 @@ Loaded load(const char *name, const std::string &key, size_t size) {
 
 // XDG_DATA_HOME two levels below a fresh temporary folder (saving creates both); left set.
 class RuntimeData : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         std::string pattern = (fs::temp_directory_path() / "vexo_rtdata_XXXXXX").string();
         ASSERT_NE(mkdtemp(&pattern[0]), nullptr);
@@ -49,8 +51,10 @@ class RuntimeData : public ::testing::Test {
 } // namespace
 
 TEST(Md5, ReferenceSuiteAndPaddingBoundaries) {
-    const std::pair<std::string, const char *> known[] = { // RFC 1321's suite, then padding
-        {"", "D41D8CD98F00B204E9800998ECF8427E"}, {"a", "0CC175B9C0F1B6A831C399E269772661"},
+    const std::pair<std::string, const char *> known[] = {
+        // RFC 1321's suite, then padding
+        {"", "D41D8CD98F00B204E9800998ECF8427E"},
+        {"a", "0CC175B9C0F1B6A831C399E269772661"},
         {"abc", "900150983CD24FB0D6963F7D28E17F72"},
         {"message digest", "F96B697D7CB7938D525A2F31AAF161D0"},
         {"abcdefghijklmnopqrstuvwxyz", "C3FCD3D76192E4007DFB496CCA67E13B"},
@@ -87,18 +91,24 @@ TEST_F(RuntimeData, RoundTripsUnderTheKeyDigest) {
     // bytes, an embedded zero too, and names each select their own file.
     const std::string blob("\x00\x01\xff\n\r\n binary", 13);
     constexpr bool S = true, L = false;
-    const struct { bool save; const char *name; std::string key, data; uint32_t want; } steps[] = {
-        {L, "pen", "", "hello", VEXO_OK}, {L, "pen", "", "he", VEXO_OK}, // the rest is ignored
+    const struct {
+        bool save;
+        const char *name;
+        std::string key, data;
+        uint32_t want;
+    } steps[] = {
+        {L, "pen", "", "hello", VEXO_OK},  {L, "pen", "", "he", VEXO_OK}, // the rest is ignored
         {L, "pen", "", "hello##", kShort}, {L, "empty", "k", "#", kShort},
         {S, "tool", "abc", blob, VEXO_OK}, {L, "tool", "abc", blob, VEXO_OK},
         {S, "tool", "abc", "xy", VEXO_OK}, {L, "tool", "abc", "xy#", kShort}, // replaced
-        {S, "laser", "a", "A", VEXO_OK}, {S, "laser", {"a\0", 2}, "B", VEXO_OK},
-        {L, "laser", "a", "A", VEXO_OK}, {L, "laser", {"a\0", 2}, "B", VEXO_OK},
+        {S, "laser", "a", "A", VEXO_OK},   {S, "laser", {"a\0", 2}, "B", VEXO_OK},
+        {L, "laser", "a", "A", VEXO_OK},   {L, "laser", {"a\0", 2}, "B", VEXO_OK},
         {L, "laser", "abc", "#", kNoFile}, {L, "tool", "a", "#", kNoFile}};
     for (const auto &s : steps)
         EXPECT_EQ(s.save ? Loaded(save(s.name, s.key, s.data), s.data)
                          : load(s.name, s.key, s.data.size()),
-                  Loaded(s.want, s.data)) << &s - steps;
+                  Loaded(s.want, s.data))
+            << &s - steps;
     EXPECT_TRUE(fs::exists(file("tool.900150983CD24FB0D6963F7D28E17F72")));
     EXPECT_EQ(std::distance(fs::directory_iterator(file("")), fs::directory_iterator()), 5);
 }
@@ -113,9 +123,14 @@ TEST_F(RuntimeData, FailuresRefusalsAndFolderFallbacks) {
     }
     // NULL name, bytes or key with a size, and names that would leave the folder.
     uint8_t b[4] = {};
-    const struct { const char *name; const uint8_t *key; uint32_t n; uint8_t *data; } bad[] = {
-        {nullptr, b, 1, b}, {"p", b, 1, nullptr}, {"p", nullptr, 3, b}, {"../escape", b, 1, b},
-        {"a/b", b, 1, b},   {"/abs", b, 1, b},    {"..\\up", b, 1, b},  {"sub\\x", b, 1, b}};
+    const struct {
+        const char *name;
+        const uint8_t *key;
+        uint32_t n;
+        uint8_t *data;
+    } bad[] = {{nullptr, b, 1, b},     {"p", b, 1, nullptr}, {"p", nullptr, 3, b},
+               {"../escape", b, 1, b}, {"a/b", b, 1, b},     {"/abs", b, 1, b},
+               {"..\\up", b, 1, b},    {"sub\\x", b, 1, b}};
     for (const auto &c : bad)
         EXPECT_TRUE(vexo_util_save_runtime_data(c.name, c.key, c.n, c.data, 4) == kBad &&
                     vexo_util_load_runtime_data(c.name, c.key, c.n, c.data, 4) == kBad)

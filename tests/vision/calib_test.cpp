@@ -30,8 +30,7 @@ vt::CalibratorPtr make(int32_t width, int32_t height, const double *m, uint8_t o
     record.width = width;
     record.height = height;
     record.options = options;
-    for (int i = 0; i < 9; ++i)
-        vexo_util_dbl_to_block(m ? m[i] : 0.0, record.perspective[i]);
+    for (int i = 0; i < 9; ++i) vexo_util_dbl_to_block(m ? m[i] : 0.0, record.perspective[i]);
     return vt::CalibratorPtr(vexo_calib_create_calibrator(&record));
 }
 
@@ -48,17 +47,15 @@ bool untouched(const void *from, size_t n) {
 
 TEST(ImageBlock, GreyIsTheSignedChannelSumOverThreeTruncatedAndUnusableBlocksAreRefused) {
     // (-56 * 3) / 3 = -56 is 200; (100 + 100 - 126) / 3 = 24; -128 / 3 = -42.
-    const uint8_t examples[][4] = {{200, 200, 200, 200}, {100, 100, 130, 24}, {128, 0, 0, 214},
+    const uint8_t examples[][4] = {{200, 200, 200, 200}, {100, 100, 130, 24},  {128, 0, 0, 214},
                                    {1, 1, 0, 0},         {255, 255, 255, 255}, {128, 128, 128, 128},
                                    {127, 127, 127, 127}};
     // Repeated over a frame big enough to be split across workers, rows out of step.
     Frame frame(cv::Mat(203, 300, CV_8UC1), IMAGE_FORMAT_RGB24);
-    for (size_t i = 0; i < 300 * 203; ++i)
-        std::memcpy(frame.pixels() + 3 * i, examples[i % 7], 3);
+    for (size_t i = 0; i < 300 * 203; ++i) std::memcpy(frame.pixels() + 3 * i, examples[i % 7], 3);
     const cv::Mat grey = vexo::image_block_to_grey(frame.block());
     ASSERT_EQ(cv::Size(300, 203), grey.size());
-    for (size_t i = 0; i < grey.total(); ++i)
-        ASSERT_EQ(examples[i % 7][3], grey.data[i]) << i;
+    for (size_t i = 0; i < grey.total(); ++i) ASSERT_EQ(examples[i % 7][3], grey.data[i]) << i;
 
     // Unusable blocks are refused everywhere and left alone.
     constexpr int32_t kMax = vexo::kMaxImageSide;
@@ -69,9 +66,9 @@ TEST(ImageBlock, GreyIsTheSignedChannelSumOverThreeTruncatedAndUnusableBlocksAre
     const vt::CalibratorPtr cal = make(640, 480, nullptr);
     ASSERT_TRUE(rec && cal);
     // Kind, format, width, height; kind 0: no block at all, nothing written.
-    const int32_t cases[][4] = {{1, 17, 16, 16},      {2, 3, 16, 16},       {2, 0, 16, 16},
-                                {2, 17, 0, 16},       {2, 1, 16, -1},       {2, 17, kMax + 1, 1},
-                                {2, 17, 1, kMax + 1}, {2, 17, kMax, kMax},  {2, 1, INT32_MAX, 1},
+    const int32_t cases[][4] = {{1, 17, 16, 16},        {2, 3, 16, 16},      {2, 0, 16, 16},
+                                {2, 17, 0, 16},         {2, 1, 16, -1},      {2, 17, kMax + 1, 1},
+                                {2, 17, 1, kMax + 1},   {2, 17, kMax, kMax}, {2, 1, INT32_MAX, 1},
                                 {2, 17, 16, INT32_MIN}, {0, 17, 16, 16}};
     for (const auto &c : cases) {
         SCOPED_TRACE(::testing::Message() << c[0] << " " << c[1] << " " << c[2] << "x" << c[3]);
@@ -101,8 +98,11 @@ TEST(ImageBlock, GreyIsTheSignedChannelSumOverThreeTruncatedAndUnusableBlocksAre
 }
 
 TEST(Calibrator, SizeClampedFrameBecomesGreyWarpedCutAndFlippedUnlessTopDown) {
-    const int32_t sizes[][4] = {{50, 5000, 80, 5000}, {10000, 59, 8192, 60}, {80, 60, 80, 60},
-                                {8192, 8193, 8192, 8192}, {-5, INT32_MIN, 80, 60}};
+    const int32_t sizes[][4] = {{50, 5000, 80, 5000},
+                                {10000, 59, 8192, 60},
+                                {80, 60, 80, 60},
+                                {8192, 8193, 8192, 8192},
+                                {-5, INT32_MIN, 80, 60}};
     for (const auto &s : sizes) {
         const vt::CalibratorPtr cal = make(s[0], s[1], kIdentity);
         EXPECT_EQ(cv::Size(s[2], s[3]), cv::Size(cal->width, cal->height)) << s[0] << "x" << s[1];
@@ -118,7 +118,9 @@ TEST(Calibrator, SizeClampedFrameBecomesGreyWarpedCutAndFlippedUnlessTopDown) {
     const double shift[9] = {1, 0, 5, 0, 1, 3, 0, 0, 1}; // (+5, +3): read row by row
     const uint8_t rgb = IMAGE_FORMAT_RGB24, grey = IMAGE_FORMAT_GREY8, top_down = 1;
     const struct {
-        const double *m; uint8_t options, format; int cal_w, cal_h, frame_w, frame_h, out_w, out_h;
+        const double *m;
+        uint8_t options, format;
+        int cal_w, cal_h, frame_w, frame_h, out_w, out_h;
     } cases[] = {{kIdentity, top_down, grey, 200, 100, 200, 100, 200, 100},
                  {nullptr, 0, rgb, 100, 70, 100, 70, 100, 70}, // the grey image itself
                  {shift, top_down, grey, 120, 90, 120, 90, 120, 90},
@@ -190,7 +192,7 @@ TEST(CalibChessboard, TiltedBoardCalibratedThenSquaredUpByTheCalibrator) {
     // Not found on a smaller board (OpenCV's count: 0), sides outside 3..1024,
     // no record: NULL, count 0, the record's size alone written.
     const int32_t sides[][2] = {{kColumns, kRows}, {2, 6},    {9, 2},    {0, 0},
-                                {-9, 6},   {9, 1025}, {1025, 6}, {INT32_MIN, 3}};
+                                {-9, 6},           {9, 1025}, {1025, 6}, {INT32_MIN, 3}};
     for (const auto &s : sides) {
         CalibrationRecord record = blank_record();
         int32_t found = -1;
@@ -208,8 +210,7 @@ TEST(CalibChessboard, TiltedBoardCalibratedThenSquaredUpByTheCalibrator) {
     vt::CornersPtr list(vexo_calib_gen_correction(frame.block(), kColumns, kRows, &record, &found));
     ASSERT_TRUE(list && found == kCorners) << found;
     EXPECT_TRUE(untouched(record.reserved1, 8)); // 208..215, the option byte among them
-    for (auto &block : record.reserved0)
-        EXPECT_EQ(0.0, vexo_util_block_to_dbl(block));
+    for (auto &block : record.reserved0) EXPECT_EQ(0.0, vexo_util_block_to_dbl(block));
 
     // Corners: OpenCV's refined corners rounded half away from zero.
     const std::vector<cv::Point2f> ref = find_corners(view, 7, 0.1f);
@@ -231,8 +232,7 @@ TEST(CalibChessboard, TiltedBoardCalibratedThenSquaredUpByTheCalibrator) {
     const auto [x0, x1] = std::minmax({outer[0].x, outer[1].x, outer[2].x, outer[3].x});
     const auto [y0, y1] = std::minmax({outer[0].y, outer[1].y, outer[2].y, outer[3].y});
     cv::Matx33d h;
-    for (int i = 0; i < 9; ++i)
-        h.val[i] = vexo_util_block_to_dbl(record.perspective[i]);
+    for (int i = 0; i < 9; ++i) h.val[i] = vexo_util_block_to_dbl(record.perspective[i]);
     cv::perspectiveTransform(outer, mapped, h);
     const std::vector<cv::Point2f> target = {{x0, y1}, {x1, y1}, {x0, y0}, {x1, y0}};
     EXPECT_LT(cv::norm(mapped, target, cv::NORM_INF), 1e-3);

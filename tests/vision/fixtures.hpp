@@ -99,8 +99,7 @@ inline cv::Mat scene(uint64_t seed, const cv::Mat &pattern, const cv::Matx23d &t
 
 // Pattern-to-frame mapping: scaled and turned by angle_deg (positive is
 // counter-clockwise on screen) about the pattern centre, put on `centre`.
-inline cv::Matx23d placement(cv::Size pattern, double angle_deg, double scale,
-                             cv::Point2d centre) {
+inline cv::Matx23d placement(cv::Size pattern, double angle_deg, double scale, cv::Point2d centre) {
     const cv::Point2f mid(pattern.width / 2.0f, pattern.height / 2.0f);
     return cv::Matx23d(cv::getRotationMatrix2D(mid, angle_deg, scale)) +
            cv::Matx23d(0, 0, centre.x - mid.x, 0, 0, centre.y - mid.y);

@@ -42,10 +42,12 @@ TEST(PrcgRules, KeypointRecordFootprintChoiceRatioAndAllocation) {
     // Ratio test: kept strictly below 0.75 only, from full lists of valid
     // indices (one neighbour; train index 9 of 6; query index 7 of 7).
     using M = cv::DMatch;
-    const auto kept = vexo::ratio_filter(
-        {{M(0, 4, 0.75f), M(0, 5, 1.0f)}, {M(1, 4, 0.7499f), M(1, 5, 1.0f)}, {M(2, 3, 0.1f)},
-         {M(3, 9, 0.1f), M(3, 5, 1.0f)}, {M(7, 2, 0.1f), M(7, 1, 8.0f)}},
-        7, 6);
+    const auto kept = vexo::ratio_filter({{M(0, 4, 0.75f), M(0, 5, 1.0f)},
+                                          {M(1, 4, 0.7499f), M(1, 5, 1.0f)},
+                                          {M(2, 3, 0.1f)},
+                                          {M(3, 9, 0.1f), M(3, 5, 1.0f)},
+                                          {M(7, 2, 0.1f), M(7, 1, 8.0f)}},
+                                         7, 6);
     ASSERT_EQ(1u, kept.size());
     EXPECT_TRUE(kept[0].queryIdx == 1 && kept[0].trainIdx == 4);
 
@@ -71,8 +73,10 @@ std::vector<PatternKeypoint> teach(uint32_t *options,
     EXPECT_TRUE(k ? count > 0 : count == -1) << count;
     const std::vector<PatternKeypoint> kps(k.get(), k.get() + (k ? count : 0));
     for (const auto &p : kps) // the whole footprint inside, touching allowed
-        EXPECT_GE(std::min({p.x - r[0] * 1000, p.y - r[1] * 1000, r[2] * 1000 - p.x,
-                            r[3] * 1000 - p.y}), p.size / 2 - 1) << p.x << "," << p.y;
+        EXPECT_GE(
+            std::min({p.x - r[0] * 1000, p.y - r[1] * 1000, r[2] * 1000 - p.x, r[3] * 1000 - p.y}),
+            p.size / 2 - 1)
+            << p.x << "," << p.y;
     return kps;
 }
 RecogniserPtr create(const std::vector<PatternKeypoint> &kps, int32_t count, uint32_t options,
@@ -133,13 +137,22 @@ TEST(PrcgTeach, KeepsThePresetOrPicksTheBestScoreAndRefusesNothingToTeachOrFind)
 TEST(PrcgFind, FindsThePatternForEveryDetectorAndMatcher) {
     constexpr uint32_t at = RECOGNISER_POSITION, turn = RECOGNISER_ROTATION, both = at | turn;
     const uint32_t sift = RECOGNISER_SIFT, surf = RECOGNISER_SURF, flann = RECOGNISER_FLANN;
-    const struct { uint32_t options; double position_px, rotation_deg; } setups[] = {
-        {sift | both, 2.0, 2.0}, {sift | flann | both, 2.0, 2.0}, {surf | both, 2.0, 2.5},
-        {surf | at, 2.0, 2.5},   {surf | flann | turn, 2.0, 2.5}, {surf | flann | both, 2.0, 2.5},
+    const struct {
+        uint32_t options;
+        double position_px, rotation_deg;
+    } setups[] = {
+        {sift | both, 2.0, 2.0},           {sift | flann | both, 2.0, 2.0},
+        {surf | both, 2.0, 2.5},           {surf | at, 2.0, 2.5},
+        {surf | flann | turn, 2.0, 2.5},   {surf | flann | both, 2.0, 2.5},
         {RECOGNISER_ORB | both, 3.0, 5.0}, {flann | both, 3.0, 5.0}}; // ORB: Hamming, no KD-tree
-    const struct { double angle, scale; cv::Point2d centre; } placements[] = {
-        {0, 1.0, {170, 120}},   {-40, 1.0, {165, 118}}, {90, 1.0, {160, 120}},
-        {-10, 0.9, {150, 110}}, {-15, 1.2, {160, 120}}};
+    const struct {
+        double angle, scale;
+        cv::Point2d centre;
+    } placements[] = {{0, 1.0, {170, 120}},
+                      {-40, 1.0, {165, 118}},
+                      {90, 1.0, {160, 120}},
+                      {-10, 0.9, {150, 110}},
+                      {-15, 1.2, {160, 120}}};
     for (const auto &setup : setups) {
         // Taught with the option word's detector, ORB when none.
         uint32_t taught = setup.options & RECOGNISER_DETECTOR_MASK ? setup.options : RECOGNISER_ORB;
@@ -207,8 +220,8 @@ TEST(SurfDetect, ExactBoxSumsBlobAtItsCentreNothingToFindMaskThresholdProvidedKe
     auto surf = Surf::create(400, 4, 2, true, false);
     std::vector<cv::KeyPoint> strong;
     cv::Mat desc;
-    for (const cv::Mat &img : {cv::Mat(120, 160, CV_8UC1, cv::Scalar(90)),
-                               vt::make_pattern(20, 20, 3), cv::Mat()}) {
+    for (const cv::Mat &img :
+         {cv::Mat(120, 160, CV_8UC1, cv::Scalar(90)), vt::make_pattern(20, 20, 3), cv::Mat()}) {
         surf->detectAndCompute(img, cv::noArray(), kps, desc);
         EXPECT_TRUE(kps.empty() && desc.rows == 0);
     }
@@ -249,15 +262,14 @@ TEST(SurfDescribe, RampGivesItsDirectionAndTheWeightsAsDescriptor) {
         for (int u = 0; u < 20; ++u)
             weight[v / 5 * 4 + u / 5] +=
                 std::exp(-(std::pow(u - 9.5, 2) + std::pow(v - 9.5, 2)) / (2 * 3.3 * 3.3));
-    for (double w : weight)
-        norm += 2 * w * w;
+    for (double w : weight) norm += 2 * w * w;
     for (double theta : {0.0, 30.0, 90.0, 135.0, 200.0, 315.0}) {
         const double t = theta * CV_PI / 180;
         cv::Mat img(160, 160, CV_8UC1), desc;
         for (int r = 0; r < 160; ++r)
             for (int c = 0; c < 160; ++c)
-                img.at<uint8_t>(r, c) = cv::saturate_cast<uint8_t>(
-                    128 + (c - 80) * std::cos(t) + (r - 80) * std::sin(t));
+                img.at<uint8_t>(r, c) = cv::saturate_cast<uint8_t>(128 + (c - 80) * std::cos(t) +
+                                                                   (r - 80) * std::sin(t));
         std::vector<cv::KeyPoint> kps{cv::KeyPoint(80, 80, 12)}; // scale 6
         Surf::create(100, 4, 3, false, false)->compute(img, kps, desc);
         EXPECT_NEAR(theta, kps[0].angle, 0.1);
