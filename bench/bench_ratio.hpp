@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Prints "name / baseline" ratios of per-iteration time after all
 // benchmarks of a program ran, so each comparison is made in one process on
 // one machine state.  Both clocks are printed: real time is what a host

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Union and outline of two 100,000-vertex polygons through vexo_clip_*,
 // against the same Clipper operations on ready-made integer paths.  The
 // ratio is vexo's cost (conversion both ways, heights, result array) over

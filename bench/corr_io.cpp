@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Correction file I/O against the raw file calls it is built on: loading
 // each binary format versus an fopen + fread of the same file into a
 // buffer, and saving a kxo table versus an fopen + fwrite of 50,712 bytes.

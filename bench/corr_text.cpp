@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text correction loaders and grid interpolation against the plain C calls
 // they are built on: parsing an XML file versus a bare strtol walk over the
 // same text, a ".txt" file versus strtod over its lines, and interpolating

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Appending one million dots one at a time: vexo_geom_append_dot_fast versus
 // std::vector<GeomPoint>::push_back, the floor any host would compare with.
 // The ratio is printed after both runs.

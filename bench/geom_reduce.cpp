@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Point reduction over one million points in many polylines.  The reducers
 // work in place and destroy their input, so every iteration first copies a
 // pristine array; the baseline is that copy alone (the memcpy floor of one

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scaling one million points in place: vexo_geom_scale (which maps every
 // point through a full scaling matrix) versus a plain loop multiplying x, y
 // and z by the factors.  The ratio is printed after both runs.

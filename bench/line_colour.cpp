@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Colour pipeline throughput on a 4K RGB frame, reported against memcpy of
 // the same bytes and against the per-byte formula, all in this process.
 #include "bench_ratio.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rectifying one 1280 x 1024 colour frame, against the bare OpenCV warp of
 // the same grey image that the calibrator is built around.  The ratio of
 // the two is what the calibrator's own work (grey conversion, flip, copy

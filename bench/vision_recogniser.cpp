@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Recogniser start on a 640x480 frame for each detector, reported as
 // frames per second (items per second), with the SIFT recogniser as the
 // in-process baseline for the printed ratios.

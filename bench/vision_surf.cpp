@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Our SURF (the recogniser's stored detector, plus description) against
 // OpenCV's SIFT on the same 640x480 frame, run in the same process; and
 // recogniser frames per second for each detector.  SURF exists to be the

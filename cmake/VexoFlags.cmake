@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compiler flags shared by every libvexo target.
 #
 # Results are specified to the last bit, so floating-point contraction is off

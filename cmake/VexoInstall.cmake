@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installation: header, library with SONAME links, CMake package, pkg-config.
 include(CMakePackageConfigHelpers)
 

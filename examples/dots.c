@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Builds one point array the way a marking host does: a polyline appended
  * with an offset, then dots drawn as a plain point, a circle and a spiral.
  * Prints a summary of what ended up in the array. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared body of the correction parser targets: whatever the bytes, the
 // parser returns one of the allowed statuses and touches nothing outside the
 // input and the table.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kxo bytes the parser accepts must survive re-encoding bit for bit: planes,
 // tag and value.
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The whole load: the bytes after the first go to a scratch file, the first
 // picks the format number (0..12, so recognition by name and unknown numbers
 // run too). Only a kxo load may leave a header behind.

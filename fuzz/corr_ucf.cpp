@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ".ucf" and ".ctb" share a target: the first byte picks one.
 #include "corr_fuzz.hpp"
 

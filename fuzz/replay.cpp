@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a fuzz target's entry point over files and folders given on the
 // command line, so saved corpora and crash reproducers run under CTest in
 // every build, without libFuzzer.

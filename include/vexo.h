@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * vexo.h - the one public header of libvexo.
  *

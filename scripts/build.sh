@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Configures and builds libvexo in ./build (warnings are errors).
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Sets everything up, builds, and runs the libvexo demo: a distorted sample
 # correction table is made, inspected, converted with scale and focus into
 # the kxo, ctb and cor formats, and plotted.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs the Debian packages libvexo needs to build, test, benchmark and
 # fuzz, only those that are missing.  Works as root or through sudo.
 set -euo pipefail

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The shared library's own translation unit: the internal family libraries
  * are linked into it whole.  Compiling the public header here as C proves
  * the record layouts with the C compiler's view of them. */

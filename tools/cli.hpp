@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Small helpers shared by the vexo tool's commands: argument parsing that
 // reports what was wrong, status names, and file-kind detection.
 #pragma once

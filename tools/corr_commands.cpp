@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vexo corr ...: look at, convert, compare, plot and create correction files.
 #include <cmath>
 #include <cstdio>

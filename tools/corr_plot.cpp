@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vexo corr plot: the neutral grid faint, the corrected grid bold with its
 // displacements exaggerated, z as a colour scale with a legend.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "corr_table.hpp"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading, saving and measuring correction tables for the tool.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vexo: look at, convert and create scanner correction files, calibrate a
 // camera and teach/find patterns, from the command line.  A client of the
 // public header only.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vexo calib ... and vexo pattern ...: camera calibration from a chessboard
 // picture and pattern teaching/finding, with pictures read by OpenCV.
 #include <algorithm>

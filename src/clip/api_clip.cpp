@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of the clip family.  Clipper reports a coordinate beyond its
 // range by throwing clipperException: that becomes
 // VEXO_ERROR_INVALID_PARAMETER, allocation failure VEXO_ERROR_NO_MEMORY.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The clip handle behind the C interface's opaque ClipHandle, and the
 // operations on it.  Each operation returns a status and never changes the
 // subject when it fails; the result may be left empty.

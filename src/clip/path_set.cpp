@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "clip/path_set.hpp"
 
 #include <climits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Path lists on Clipper's 0.001 integer grid, with the z of every vertex kept
 // beside them: the Clipper we link has 2D points only, so the heights that a
 // 3D build would carry inside its points live in a parallel list here.

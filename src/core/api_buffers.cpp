@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of the point-buffer functions.
 #include <cstdlib>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of the matrix functions.  A NULL matrix (or vector) makes a
 // function do nothing rather than crash; the few functions with a status
 // or result say what they give back then.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of the vector functions.  Nothing here can throw; a NULL
 // vector makes an in/out function do nothing and a value function return
 // NaN (no number can be right for a vector that is not there).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C boundary: every exported function runs its C++ work through one of
 // these guards, so no exception ever reaches a C caller.  Allocation
 // failure becomes VEXO_ERROR_NO_MEMORY (or the function's NULL); anything

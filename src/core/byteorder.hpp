@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Byte-order helpers: values are assembled byte by byte, never by casting
 // pointers into a buffer, so they work on any alignment and any host.
 #pragma once

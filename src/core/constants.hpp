@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numeric constants shared across families.
 #pragma once
 

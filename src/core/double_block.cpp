@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A double's 8-byte transport form: its IEEE 754 binary64 bytes, most
 // significant first.  Calibration records travel between hosts of either
 // byte order, so the block never depends on the host's layout.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Matrix building, products, inversion and decomposition.  Every builder
 // goes through the one full product below, so a builder's result is always
 // the same bits as multiplying its matrix in by hand.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // 4x4 affine transformations on 16 doubles, row-major, points as column
 // vectors (translation in entries 3, 7, 11).  Every builder pre-multiplies,
 // so a transformation added later acts after the earlier ones.  Angles are

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/point_buffer.hpp"
 
 #include <cstdlib>

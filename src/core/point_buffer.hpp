@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Point buffers: C-heap arrays of GeomPoint that callers and the library
 // grow, fill and free.  Every function here follows the library's buffer
 // rule: on failure the buffer it was given is freed and NULL returned.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Vector math.  Operation orders are kept exactly as hosts' stored results
 // were produced with them; reordering a sum changes the last bits.
 #include "core/vector.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // 2D and 3D vector math on bare double arrays (a GeomPoint's x, y, z work
 // as well as a plain vector).  Everything here is allocation-free and keeps
 // no state.  Angles in are degrees; 2D angles out are radians, the 3D angle

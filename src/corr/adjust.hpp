@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // In-place adjustments of a correction table: field scaling, focus
 // compensation, local correction around one mark, trapezoid correction.
 // The caller (the C boundary) has checked the arguments named below.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Local correction around one mark that landed at `from` instead of `to`.
 #include <cmath>
 

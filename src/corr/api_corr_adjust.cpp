@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of table interpolation and the in-place adjustments.  None of
 // the work below can throw; the checks here are the whole of the argument
 // validation.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of the correction table, its header, the file loaders and the
 // writers.
 #include "core/boundary.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "corr/dispatch.hpp"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Choosing a correction format by number or by file name, and running the
 // whole load (header reset, neutral start, read, parse, header publish).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole-file reading and writing for the correction formats.  Parsers work
 // on memory (see loaders.hpp); these are the only places that touch files.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "corr/head_state.hpp"
 
 #include <mutex>

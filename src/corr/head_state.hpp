@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library-wide header of the last correction load.  Hosts read it from
 // any thread while another loads, so it lives behind a mutex and a load
 // replaces it whole: a reader sees either the old or the new header, never

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pre-distortion of a measured grid and its bilinear resampling onto the
 // 65x65 table.  The operation order is the one the scanner cards' own
 // tooling uses; tables must come out identical to the last bit.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Building a correction table from a coarse grid of measured marks.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ".cor": deltas subtracted from the neutral grid, row by row, x then y.
 // Three layouts share the extension:
 //   "JCZ_COR_3"    f64 scale factors sx, sy at 40 and 48, f64 pairs from 56;

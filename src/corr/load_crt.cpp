@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ".crt": from offset 2048, per cell row by row four f32 values, of which
 // the first is y and the second x, in units of 1/500 output unit.  The
 // remaining two belong to the writing software and are skipped.

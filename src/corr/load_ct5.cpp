@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ".ct5": a 257x257 grid at 1/16 output unit, of which the table takes
 // every fourth line and every fourth entry.  Y plane first, then X.
 #include "core/byteorder.hpp"

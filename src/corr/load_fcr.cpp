@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ".fcr": the last 65,536 bytes of the file hold two 128x128 planes of i16
 // deltas, X then Y, each row by row.  The 128-grid is folded onto the
 // 65-grid two lines per node: line i reaches node (i + 1) / 2, so the outer

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening and reading a correction file whole.  Every loader goes through
 // here, so the size limit, the directory check and the Windows wide-name
 // fallback exist once.

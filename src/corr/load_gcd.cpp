@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ".gcd": per cell, row by row, three i16 values Z, X, Y.  X and Y are
 // offsets from a grid of exactly 1024 units (not the 1023.984375 pitch of
 // the neutral table): that is the pitch the writing software assumes.

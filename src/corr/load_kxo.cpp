@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's own format (see write_kxo.cpp).  The header is taken even
 // from a file too short to hold the planes: cards identify a table by its
 // tag and value, and hosts read them back after a failed load.

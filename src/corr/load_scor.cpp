@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ".scor" key files: a "[LMCorrectData]" header with the field ranges and
 // grid sizes, then one "key-i-j=value" line per nominal or measured grid
 // coordinate.  The table is interpolated from the two grids.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ".txt" correction files: a "SIZE:" line giving the field size, then up to
 // 25 five-line records (index, row position, column position, y, x) for
 // the 5 x 5 nodes on every 16th line; the rest of the table is filled in

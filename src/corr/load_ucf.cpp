@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ".ucf" and ".ctb": planes of 16-bit scanner words, column-major, Y plane
 // before X.  The short ".ucf" form and ".ctb" carry no Z plane; a missing
 // Z counts as word 0, so those tables come back with z = -32767.5, which

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // XML-like correction files: three tag-introduced lists of 4225 integers
 // (x, y, z offsets) in row-major order.  The files are not real XML; the
 // reader looks for its tags by plain text search.

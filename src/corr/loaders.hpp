@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // In-memory parsers of the correction file formats.  Each takes the whole
 // file as bytes and fills a table that the caller has already set neutral;
 // opening and reading the file is one shared wrapper (load_file.cpp), so

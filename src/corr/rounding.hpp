@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Integer encodings used by the correction writers: round half away from
 // zero after saturating to the target range, as the scanner cards' own
 // tools have always done.  NaN has no honest integer; it is written as 0.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Field scaling about the centre and the focus (z) plane of a flat field.
 #include <cmath>
 

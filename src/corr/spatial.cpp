@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trapezoid (keystone) correction: one side of the field scaled by a
 // factor, the opposite side kept, linear in between.
 #include "corr/adjust.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The identity correction: every node drives the scanner to its own ideal
 // position.
 #include "corr/table.hpp"

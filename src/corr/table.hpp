@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 65x65 correction table: the identity (neutral) grid and cell access
 // by row and column, shared by every loader, writer and adjustment.
 #pragma once

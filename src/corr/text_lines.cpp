@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "corr/text_lines.hpp"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Line-by-line reading of a correction text file held in memory, piece by
 // piece exactly as the C runtime's fgets with a fixed buffer hands lines
 // out: a line longer than the buffer arrives as several pieces, and the

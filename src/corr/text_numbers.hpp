@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers in correction text files.  The files are written by machines that
 // always use a decimal point, so every conversion here follows C-locale
 // rules whatever locale the host process has set, and none of them reads

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // "JCZ_COR_2_1" ".cor" tables, the layout EZCAD-class marking software
 // writes: integer deltas that the loader subtracts from the neutral grid.
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ".ctb" tables: 16-bit scanner words, Y plane first, column-major.  The
 // format has no Z; it reads back with the cards' z = -32767.5.
 #include "core/byteorder.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing a finished correction file: the whole image is built in memory
 // first, so a file is either written in one go or reported as failed.
 #include "corr/file_io.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's own table format.  Planes are written column by column
 // (entry k is row k mod 65, column k div 65), the order scanner cards load.
 #include <vector>

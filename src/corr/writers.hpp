@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Correction table writers.  Each encodes the whole file into memory (so
 // tests, fuzzers and benchmarks reach the encoding without a file) and then
 // writes it with one call.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bezier sampling with the Bernstein basis.
 #include "curves/bezier.hpp"
 

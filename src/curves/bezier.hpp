@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bezier curves of up to 32 control points sampled at evenly spaced
 // parameters.
 #pragma once

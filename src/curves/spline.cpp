@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Natural cubic spline: tridiagonal solve for the second derivatives, then
 // per-point evaluation of the bracketing cubic.
 #include "curves/spline.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Natural cubic splines through 2D knots, evaluated at caller-given x.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dot appenders: a dot is one point with the end flag, or a small circle or
 // spiral when the caller asks for a shape.
 #include <cstdlib>

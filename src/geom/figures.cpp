@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "geom/figures.hpp"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Circle and spiral generators, also the figures drawn for a shaped dot.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Moving and scaling whole point arrays in place.  Only x, y and z change;
 // flags and order stay, so the polyline structure survives.
 #include <cmath>

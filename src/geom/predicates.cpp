@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tests of one point against a rectangle, a polygon and a triangle's plane.
 // Only x and y (and z for the height) are read, flags never.
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "geom/reduce.hpp"
 
 #include <cmath>

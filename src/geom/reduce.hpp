@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Point reduction: dropping points that add nothing to a polyline, either
 // because they lie too close to the last kept point or because the path
 // barely turns there.  Dropped points are marked processed and compacted

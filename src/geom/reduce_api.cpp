@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of smoothing and point reduction.  All six run in place and
 // never allocate, so the only failure is a missing pointer: the array comes
 // back as given and the caller's count is left alone.

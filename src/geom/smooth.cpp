@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "geom/smooth.hpp"
 
 #include "line/measure.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Smoothing of short zig-zags inside polylines.
 #pragma once
 

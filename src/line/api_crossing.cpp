@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of line crossings and of clipping a segment to a rectangle.
 #include "line/crossing.hpp"
 #include "line/inner_part.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of segment measurement and of the processed-point compaction.
 // None of these can fail except through a missing pointer, which is
 // answered with a neutral result instead of a crash.

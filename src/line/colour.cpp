@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Colour pipeline core: the gamma table, the per-byte formula and the
 // table-driven pixel loop.
 #include "line/colour.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Colour pipeline: gamma, contrast, brightness and per-channel offsets on
 // packed 3-byte pixels.
 //

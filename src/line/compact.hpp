@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Removal of points that carry the processed mark.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "line/crossing.hpp"
 
 #include <algorithm>

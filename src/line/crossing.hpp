@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Crossing of two lines or segments in the XY plane.
 #pragma once
 

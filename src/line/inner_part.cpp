@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "line/inner_part.hpp"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The part of a segment that lies inside an axis-aligned rectangle.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "line/measure.hpp"
 
 #include <cmath>

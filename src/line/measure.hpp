@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Single-segment measurement: length, dot spacing along a segment and the
 // difference vector of its end points.
 #pragma once

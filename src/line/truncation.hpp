@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Double to 64-bit integer by truncation, defined for every input.
 #pragma once
 

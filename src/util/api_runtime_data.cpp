@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of the runtime-data functions.
 #include "core/boundary.hpp"
 #include "util/runtime_data.hpp"

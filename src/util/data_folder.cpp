@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Per-user data folder lookup for runtime data.
 #include "util/data_folder.hpp"
 

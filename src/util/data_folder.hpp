@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where runtime data lives: the ".vexo_rtdata" folder under the user's
 // per-user data folder.
 #pragma once

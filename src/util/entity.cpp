@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Entity-type predicates over the host application's type numbers.
 #include "vexo.h"
 

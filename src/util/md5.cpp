@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // MD5 after RFC 1321: 64-byte blocks, four rounds of sixteen steps.
 #include "util/md5.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // MD5 message digest (RFC 1321), used to turn runtime-data keys into file
 // names.  Not for anything security-related.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runtime-data files: the caller's bytes, nothing else, in the per-user
 // runtime-data folder.
 #include "util/runtime_data.hpp"

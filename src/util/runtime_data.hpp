@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Small opaque blobs kept between runs under a caller's name and key.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of camera calibration.
 #include <cstdlib>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C boundary of pattern recognition: keypoint sets and the recogniser.
 #include <cstdlib>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vision/calibrator.hpp"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The calibrator: rectifies camera frames through the perspective of a
 // calibration record and writes them back, grey, into the caller's block.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calibration from one image of a flat chessboard: the camera model, the
 // perspective that squares the board up, and the corners as whole pixels.
 #pragma once

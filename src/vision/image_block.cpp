@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vision/image_block.hpp"
 
 #include <algorithm>

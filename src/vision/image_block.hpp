@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Host image blocks and their conversion to the grey working image that
 // calibration and pattern recognition both start from.
 #pragma once

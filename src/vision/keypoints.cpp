@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vision/keypoints.hpp"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keypoint sets: teaching a pattern as an array of PatternKeypoint records
 // chosen from whichever detector finds the most keypoints inside the
 // pattern rectangle.

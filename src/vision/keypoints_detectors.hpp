@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The three feature detectors of pattern recognition and the parameters
 // every teaching and matching call uses with them.
 #pragma once

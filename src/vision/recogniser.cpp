@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vision/recogniser.hpp"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A taught pattern and the search for it in camera frames.
 #pragma once
 

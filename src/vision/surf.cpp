@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vision/surf.hpp"
 
 #include <opencv2/imgproc.hpp>

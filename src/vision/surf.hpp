@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libvexo's own SURF detector and descriptor (Bay, Ess, Tuytelaars, Van
 // Gool, "Speeded-Up Robust Features", CVIU 2008), written as a
 // cv::Feature2D so the recogniser drives it exactly like SIFT and ORB.

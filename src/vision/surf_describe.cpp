@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Description half of SURF: the dominant orientation from Haar wavelet
 // responses around the keypoint, then 4x4 subregions of rotated wavelet
 // sums over a 20-scale window.

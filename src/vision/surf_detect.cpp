@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Detection half of SURF: Hessian determinant of box-filtered second
 // derivatives over octaves and layers, 3x3x3 non-maximum suppression and a
 // quadratic fit for sub-sample position and scale.

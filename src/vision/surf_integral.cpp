@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vision/surf_integral.hpp"
 
 namespace vexo {

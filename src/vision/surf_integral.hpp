@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Summed-area table behind every SURF box filter.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two halves of SURF, shared by the Feature2D glue and the tests.
 #pragma once
 

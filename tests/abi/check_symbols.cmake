@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compare the dynamic symbols libvexo defines with the reference list, so the
 # ABI never changes by accident.  Update vexo.symbols deliberately.
 execute_process(COMMAND nm -D --defined-only ${LIB}

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Proves that vexo.h is plain C99: complete record types, bool from
  * <stdbool.h>, and a few calls linked against the shared library. */
 #include "vexo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The header from C++: plain arrays stand in for matrices and tables, and
 // NULL still reaches the C functions.
 #include "vexo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Polygon clipping checked against area arithmetic, bounds, path counts and heights.
 #include <gtest/gtest.h>
 

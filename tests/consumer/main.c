@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A host program built against an installed libvexo: C99, one header. */
 #include <stdio.h>
 

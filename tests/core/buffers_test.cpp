@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Point buffers: growth rules, whole-record copies and the freeing rule on
 // failure (a failure that kept its buffer shows up as a leak under LSan);
 // double blocks: big-endian IEEE binary64, every bit kept.

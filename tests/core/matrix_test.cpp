@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Matrices: layout and pre-multiplication, the fixed rotation order and
 // senses, inversion and decomposition round trips.
 #include <gtest/gtest.h>

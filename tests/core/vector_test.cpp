@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Vector math: exact results with the single-precision pi, the deliberate
 // absence of clamping, in-place side effects and the bisection's reach.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Interpolation of a measured grid onto the table, field scaling, focus
 // compensation, trapezoid correction and local adjustment on known tables.
 #include "fixtures.hpp"

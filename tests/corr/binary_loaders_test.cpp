@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each binary parser against files built here from values the test chose,
 // and each writer against the file its format's loader read.
 #include <functional>

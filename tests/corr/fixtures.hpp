@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared by the correction tests: scratch files and table helpers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loads on several threads while others read the header: a reader must see
 // a whole header (from one load, or zero), never a mix of two.
 #include <atomic>

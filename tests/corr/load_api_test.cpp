@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The neutral table, refused arguments across the correction functions, and
 // the file-level load: format by number or name, file errors, the header.
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text formats: XML-like lists, ".txt" 5 x 5 records, ".scor" key files.
 #include <clocale>
 #include <sstream>

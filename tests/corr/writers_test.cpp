@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The three writers: header, rounding, saturation, save -> load and file
 // errors. Their layouts are checked against the loaders' test files.
 #include "core/byteorder.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bezier sampling: worked examples, exact end points, de Casteljau, bad input.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Natural cubic splines: hand-solved cases, equal knots, bracket search.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Circles, spirals and the dots drawn with them.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Moving and scaling point arrays in place; a point against rectangle, polygon, triangle.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reduction by distance and by angle, and smoothing, over arrays of several polylines.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Colour pipeline: the call against the per-byte formula, and the once-only gamma curve.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Single segments: crossing, clipping, length, dots, vectors; compaction of processed points.
 #include <gtest/gtest.h>
 

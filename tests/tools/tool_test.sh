@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # End-to-end checks of the vexo tool: conversions round-trip, info reports a
 # known table, plots decode to the requested size, errors exit non-zero with
 # a message naming the file.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Image blocks, the calibrator, and calibration from a chessboard the tests draw.
 #include <cmath>
 #include <cstddef>

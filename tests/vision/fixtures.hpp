@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Image blocks, textured scenes and handle owners for the vision tests.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pattern recognition: keypoint record rules, our SURF against analytic
 // figures, teaching, and recognition on synthetic scenes with known placements.
 #include <cmath>
