@@ -782,6 +782,13 @@ VEXO_API uint32_t vexo_util_load_runtime_data(const char *name, const uint8_t *k
 VEXO_API bool vexo_util_entity_is_group_type(int32_t type);
 /* true for the image entity types 6, 7, 12, 13. */
 VEXO_API bool vexo_util_entity_is_image_type(uint32_t type);
+/* The macro name of a status ("VEXO_OK", "VEXO_ERROR_OPEN_FILE", ...), or
+ * "VEXO_STATUS_UNKNOWN" for a value the library never returns.  A static
+ * string: never NULL, never freed. */
+VEXO_API const char *vexo_util_status_name(uint32_t status);
+/* A one-line lower-case description of a status ("data file could not be
+ * opened"), or "unknown status".  A static string: never NULL, never freed. */
+VEXO_API const char *vexo_util_status_text(uint32_t status);
 
 #ifdef __cplusplus
 } /* extern "C" */
