@@ -593,6 +593,51 @@ VEXO_API uint32_t vexo_corr_save_ctb(const CorrTable *table, const char *path);
  * VEXO_OK, 16, 19, 20. */
 VEXO_API uint32_t vexo_corr_save_cor(const CorrTable *table, const char *path, double scale);
 
+/* What a correction file holds beside the grid, per call: filled by
+ * vexo_corr_load_ex, read by vexo_corr_save_ex.  `flags` says which fields
+ * mean something. */
+#define VEXO_CORR_INFO_HEAD 0x01u    /* head: the file's kxo header */
+#define VEXO_CORR_INFO_SCALE 0x02u   /* scale: ".cor" galvo units per mm */
+#define VEXO_CORR_INFO_FACTORS 0x04u /* factors: ".cor" x, y delta factors */
+#define VEXO_CORR_INFO_PARAMS 0x08u  /* params: the 16 ".ct5" header words */
+#define VEXO_CORR_INFO_TRAILER 0x10u /* trailer: bytes after the ".ctb" planes */
+#define VEXO_CORR_INFO_NO_Z 0x20u    /* the file has no z; the table's z is a fill */
+
+typedef struct CorrFileInfo {
+    uint32_t format;       /* VEXO_CORR_FORMAT_ number the file was read as */
+    uint32_t flags;        /* VEXO_CORR_INFO_ bits */
+    CorrHead head;         /* kxo header as stored (version, size, tag, value) */
+    uint32_t reserved;     /* 0 */
+    double scale;          /* galvo units per mm, 0 when the file says none */
+    double factors[2];     /* x, y factors of a ".cor" with factors */
+    uint32_t params[16];   /* ".ct5": the 64 header bytes, little-endian words */
+    uint32_t trailer_size; /* bytes in trailer */
+    uint32_t reserved2;    /* 0 */
+    uint8_t *trailer;      /* malloc'd copy or NULL; vexo_corr_release_info */
+} CorrFileInfo;
+
+/* vexo_corr_load_corr65 with a record of what the file holds beside the
+ * grid: info (may be NULL) is zeroed, then gets the format read and, on
+ * success, the flags and fields that format carries.  Leaves the
+ * library-wide header (vexo_corr_get_corr_head) alone, so loads on distinct
+ * tables may run at once.  Same statuses as vexo_corr_load_corr65; on
+ * failure info holds only the format.  Release info with
+ * vexo_corr_release_info. */
+VEXO_API uint32_t vexo_corr_load_ex(CorrTable *table, const char *path, uint32_t format,
+                                    CorrFileInfo *info);
+
+/* Write table as `format` (VEXO_CORR_FORMAT_KXO, _CTB or _COR; 0: by the
+ * extension rule of vexo_corr_load_corr65) with what info (may be NULL:
+ * zero header, scale 0, no trailer) carries: kxo the header's tag and
+ * value, ".cor" the scale when VEXO_CORR_INFO_SCALE is set, ".ctb" the
+ * trailer when VEXO_CORR_INFO_TRAILER is set.  VEXO_OK, 16 NULL table or
+ * path, 34 a format that cannot be written, 11, 19, 20 as the writers. */
+VEXO_API uint32_t vexo_corr_save_ex(const CorrTable *table, const char *path, uint32_t format,
+                                    const CorrFileInfo *info);
+
+/* Free info's trailer and zero the record; NULL is ignored. */
+VEXO_API void vexo_corr_release_info(CorrFileInfo *info);
+
 /* Fill table from an n x n grid of measured and nominal positions (cell
  * (a, b) at a*n + b, x and y read) given in a field of size `range`:
  * pre-distort, normalise to the output range, resample bilinearly.  z and

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 // C boundary of the correction table, its header, the file loaders and the
 // writers.
+#include <cstdlib>
+
 #include "core/boundary.hpp"
 #include "corr/dispatch.hpp"
+#include "corr/file_info.hpp"
 #include "corr/head_state.hpp"
 #include "corr/table.hpp"
 #include "corr/writers.hpp"
@@ -42,6 +45,33 @@ VEXO_API uint32_t vexo_corr_save_ctb(const CorrTable *table, const char *path) {
 VEXO_API uint32_t vexo_corr_save_cor(const CorrTable *table, const char *path, double scale) {
     if (!table || !path) return VEXO_ERROR_INVALID_PARAMETER;
     return vexo::save_cor21(*table, path, scale);
+}
+
+VEXO_API uint32_t vexo_corr_load_ex(CorrTable *table, const char *path, uint32_t format,
+                                    CorrFileInfo *info) {
+    if (info) *info = CorrFileInfo{};
+    if (!table || !path) return VEXO_ERROR_INVALID_PARAMETER;
+    return vexo::guard_status([&] {
+        CorrHead head{};
+        vexo::FileBytes file;
+        const uint32_t status = vexo::read_corr_file(*table, path, format, head, file);
+        if (info) info->format = format;
+        if (status != VEXO_OK || !info) return status;
+        return vexo::describe_corr_file(format, file.span(), head, *info);
+    });
+}
+
+VEXO_API uint32_t vexo_corr_save_ex(const CorrTable *table, const char *path, uint32_t format,
+                                    const CorrFileInfo *info) {
+    if (!table || !path) return VEXO_ERROR_INVALID_PARAMETER;
+    if (format == VEXO_CORR_FORMAT_AUTO) format = vexo::format_from_path(path);
+    return vexo::guard_status([&] { return vexo::save_corr_file(*table, path, format, info); });
+}
+
+VEXO_API void vexo_corr_release_info(CorrFileInfo *info) {
+    if (!info) return;
+    std::free(info->trailer);
+    *info = CorrFileInfo{};
 }
 
 } // extern "C"

@@ -72,13 +72,13 @@ uint32_t parse_corr_bytes(uint32_t format, ByteSpan file, CorrTable &table, Corr
     }
 }
 
-uint32_t load_corr_file(CorrTable &table, const char *path, uint32_t format) {
+uint32_t read_corr_file(CorrTable &table, const char *path, uint32_t &format, CorrHead &head,
+                        FileBytes &file) {
     if (format == VEXO_CORR_FORMAT_AUTO) format = format_from_path(path);
     if (format < VEXO_CORR_FORMAT_UCF || format > VEXO_CORR_FORMAT_SCOR) {
         set_neutral(table);
         return VEXO_ERROR_UNKNOWN_FORMAT;
     }
-    FileBytes file;
     const uint32_t read_status = read_whole_file(path, file);
     if (read_status != VEXO_OK) {
         set_neutral(table);
@@ -88,10 +88,16 @@ uint32_t load_corr_file(CorrTable &table, const char *path, uint32_t format) {
     // 135 KB when they succeed; the table ends the same either way.
     const bool whole = replaces_whole_table(format);
     if (!whole) set_neutral(table);
-    // Only a kxo file carries a header; every other load leaves it zero.
-    CorrHead head{};
     const uint32_t status = parse_corr_bytes(format, file.span(), table, head);
     if (whole && status != VEXO_OK) set_neutral(table);
+    return status;
+}
+
+uint32_t load_corr_file(CorrTable &table, const char *path, uint32_t format) {
+    // Only a kxo file carries a header; every other load leaves it zero.
+    CorrHead head{};
+    FileBytes file;
+    const uint32_t status = read_corr_file(table, path, format, head, file);
     if (format == VEXO_CORR_FORMAT_KXO) publish_corr_head(head);
     return status;
 }
