@@ -85,13 +85,8 @@ extern "C" {
 #define VEXO_ERROR_INVALID_HEADER 25u    /* required header line missing */
 #define VEXO_ERROR_UNKNOWN_FORMAT 34u    /* file type not supported */
 
-/* Library version as VEXO_VERSION_NUMBER and as "major.minor.patch"; compare
- * with the macros to detect a header/library mismatch. */
-VEXO_API uint32_t vexo_util_version_number(void);
-VEXO_API const char *vexo_util_version_string(void);
-
 /* ===========================================================================
- * core: points and point buffers
+ * core: point records
  * ========================================================================= */
 
 /* Flags of GeomPoint.flags. */
@@ -129,83 +124,6 @@ typedef struct GeomDotShape {
  * read by the *_dot2 appenders (kind at 258, then 260, 264, 268, 272, 276). */
 #define VEXO_DOT_PARAMS_OFFSET 258u
 #define VEXO_DOT_PARAMS_SIZE 280u
-
-/* Resize `buffer` (may be NULL) to exactly `count` points.  count 0 returns
- * NULL and leaves buffer untouched.  On failure frees buffer, returns NULL. */
-VEXO_API GeomPoint *vexo_geom_realloc(GeomPoint *buffer, uint32_t count);
-
-/* Grow with headroom: returns buffer unchanged when it is not NULL and
- * count <= *capacity; otherwise *capacity = count + max(count/100, 100) and
- * the buffer is reallocated.  On failure frees buffer and returns NULL
- * (*capacity already updated).  A capacity that would not fit in 32 bits
- * fails the same way. */
-VEXO_API GeomPoint *vexo_geom_realloc_fast(GeomPoint *buffer, uint32_t count, uint32_t *capacity);
-
-/* Free a point array returned by any vexo_ function; NULL is ignored. */
-VEXO_API void vexo_geom_release(GeomPoint *buffer);
-
-/* Resize an array of 56-byte pair records to `count`.  Plain realloc
- * semantics: on failure the old block is NOT freed; count 0 returns NULL
- * without freeing. */
-VEXO_API void *vexo_geom_pair_realloc(void *buffer, uint32_t count);
-
-/* Free a pair array; NULL is ignored. */
-VEXO_API void vexo_geom_pair_release(void *buffer);
-
-/* Append n points of `source` behind the `count` points of buffer, adding
- * (dx, dy, dz).  With a zero offset the records are copied whole.  The caller
- * adds n to its count.  count + n == 0 returns NULL (buffer untouched); on
- * failure frees buffer and returns NULL. */
-VEXO_API GeomPoint *vexo_geom_append(GeomPoint *buffer, uint32_t count, const GeomPoint *source,
-                                     uint32_t n, double dx, double dy, double dz);
-
-/* vexo_geom_append without offset, growing with headroom (see
- * vexo_geom_realloc_fast).  On failure frees buffer and returns NULL. */
-VEXO_API GeomPoint *vexo_geom_append_fast(GeomPoint *buffer, uint32_t count,
-                                          const GeomPoint *source, uint32_t n, uint32_t *capacity);
-
-/* Append a dot at point->x/y/z: one point with flags 1, or, with use_shape,
- * the circle or spiral that `shape` describes.  *count is advanced.
- * `capacity` may be NULL (exact growth).  On allocation failure frees buffer
- * and returns NULL; a figure that yields no points leaves everything as is. */
-VEXO_API GeomPoint *vexo_geom_append_dot_fast(GeomPoint *buffer, uint32_t *count,
-                                              const GeomPoint *point, bool use_shape,
-                                              const GeomDotShape *shape, uint32_t *capacity);
-
-/* vexo_geom_append_dot_fast with exact growth. */
-VEXO_API GeomPoint *vexo_geom_append_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint *point,
-                                         bool use_shape, const GeomDotShape *shape);
-
-/* As the two above, reading the shape from a caller parameter record of at
- * least VEXO_DOT_PARAMS_SIZE bytes (fields at VEXO_DOT_PARAMS_OFFSET). */
-VEXO_API GeomPoint *vexo_geom_append_dot_fast2(GeomPoint *buffer, uint32_t *count,
-                                               const GeomPoint *point, bool use_shape,
-                                               const void *params, uint32_t *capacity);
-VEXO_API GeomPoint *vexo_geom_append_dot2(GeomPoint *buffer, uint32_t *count,
-                                          const GeomPoint *point, bool use_shape,
-                                          const void *params);
-
-/* ===========================================================================
- * geom: circle and spiral generators
- * ========================================================================= */
-
-/* Points along a circular arc around centre (x, y, z used), angles in
- * degrees from +Y towards +X, `steps` points per full turn (min 3).  A full
- * circle is closed with a copy of its first point.  The last point carries
- * flags 1.  Returns a new array (free with vexo_geom_release) and stores its
- * length in *count when count is not NULL; NULL when no point results or on
- * allocation failure. */
-VEXO_API GeomPoint *vexo_geom_create_circle(double radius, const GeomPoint *centre, double start,
-                                            double end, uint32_t steps, uint32_t *count);
-
-/* A spiral between `inner` and `outer` radius with `pitch` per turn and
- * roughly constant point spacing, running inward (or outward when outward is
- * non-zero), clockwise (or counter-clockwise when reverse is non-zero).
- * `count` is required.  Returns a new array or NULL (no point, or allocation
- * failure; *count then holds the points written before it). */
-VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer, const GeomPoint *centre,
-                                            double start, double pitch, uint32_t steps,
-                                            uint8_t reverse, uint8_t outward, uint32_t *count);
 
 /* ===========================================================================
  * vector2d / vector3d: vector math on bare double arrays
@@ -321,6 +239,87 @@ VEXO_API void vexo_matrix_get_translation(const GeomMatrix *m, double *x, double
 VEXO_API void vexo_matrix_get_scaling(const GeomMatrix *m, double *sx, double *sy, double *sz);
 /* Rotation angles in degrees about X, Y, Z; any output may be NULL. */
 VEXO_API void vexo_matrix_get_rotation(const GeomMatrix *m, double *ax, double *ay, double *az);
+
+/* ===========================================================================
+ * geom: point buffers and dots
+ * ========================================================================= */
+
+/* Resize `buffer` (may be NULL) to exactly `count` points.  count 0 returns
+ * NULL and leaves buffer untouched.  On failure frees buffer, returns NULL. */
+VEXO_API GeomPoint *vexo_geom_realloc(GeomPoint *buffer, uint32_t count);
+
+/* Grow with headroom: returns buffer unchanged when it is not NULL and
+ * count <= *capacity; otherwise *capacity = count + max(count/100, 100) and
+ * the buffer is reallocated.  On failure frees buffer and returns NULL
+ * (*capacity already updated).  A capacity that would not fit in 32 bits
+ * fails the same way. */
+VEXO_API GeomPoint *vexo_geom_realloc_fast(GeomPoint *buffer, uint32_t count, uint32_t *capacity);
+
+/* Free a point array returned by any vexo_ function; NULL is ignored. */
+VEXO_API void vexo_geom_release(GeomPoint *buffer);
+
+/* Resize an array of 56-byte pair records to `count`.  Plain realloc
+ * semantics: on failure the old block is NOT freed; count 0 returns NULL
+ * without freeing. */
+VEXO_API void *vexo_geom_pair_realloc(void *buffer, uint32_t count);
+
+/* Free a pair array; NULL is ignored. */
+VEXO_API void vexo_geom_pair_release(void *buffer);
+
+/* Append n points of `source` behind the `count` points of buffer, adding
+ * (dx, dy, dz).  With a zero offset the records are copied whole.  The caller
+ * adds n to its count.  count + n == 0 returns NULL (buffer untouched); on
+ * failure frees buffer and returns NULL. */
+VEXO_API GeomPoint *vexo_geom_append(GeomPoint *buffer, uint32_t count, const GeomPoint *source,
+                                     uint32_t n, double dx, double dy, double dz);
+
+/* vexo_geom_append without offset, growing with headroom (see
+ * vexo_geom_realloc_fast).  On failure frees buffer and returns NULL. */
+VEXO_API GeomPoint *vexo_geom_append_fast(GeomPoint *buffer, uint32_t count,
+                                          const GeomPoint *source, uint32_t n, uint32_t *capacity);
+
+/* Append a dot at point->x/y/z: one point with flags 1, or, with use_shape,
+ * the circle or spiral that `shape` describes.  *count is advanced.
+ * `capacity` may be NULL (exact growth).  On allocation failure frees buffer
+ * and returns NULL; a figure that yields no points leaves everything as is. */
+VEXO_API GeomPoint *vexo_geom_append_dot_fast(GeomPoint *buffer, uint32_t *count,
+                                              const GeomPoint *point, bool use_shape,
+                                              const GeomDotShape *shape, uint32_t *capacity);
+
+/* vexo_geom_append_dot_fast with exact growth. */
+VEXO_API GeomPoint *vexo_geom_append_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint *point,
+                                         bool use_shape, const GeomDotShape *shape);
+
+/* As the two above, reading the shape from a caller parameter record of at
+ * least VEXO_DOT_PARAMS_SIZE bytes (fields at VEXO_DOT_PARAMS_OFFSET). */
+VEXO_API GeomPoint *vexo_geom_append_dot_fast2(GeomPoint *buffer, uint32_t *count,
+                                               const GeomPoint *point, bool use_shape,
+                                               const void *params, uint32_t *capacity);
+VEXO_API GeomPoint *vexo_geom_append_dot2(GeomPoint *buffer, uint32_t *count,
+                                          const GeomPoint *point, bool use_shape,
+                                          const void *params);
+
+/* ===========================================================================
+ * geom: circle and spiral generators
+ * ========================================================================= */
+
+/* Points along a circular arc around centre (x, y, z used), angles in
+ * degrees from +Y towards +X, `steps` points per full turn (min 3).  A full
+ * circle is closed with a copy of its first point.  The last point carries
+ * flags 1.  Returns a new array (free with vexo_geom_release) and stores its
+ * length in *count when count is not NULL; NULL when no point results or on
+ * allocation failure. */
+VEXO_API GeomPoint *vexo_geom_create_circle(double radius, const GeomPoint *centre, double start,
+                                            double end, uint32_t steps, uint32_t *count);
+
+/* A spiral between `inner` and `outer` radius with `pitch` per turn and
+ * roughly constant point spacing, running inward (or outward when outward is
+ * non-zero), clockwise (or counter-clockwise when reverse is non-zero).
+ * `count` is required.  Returns a new array or NULL (no point, or allocation
+ * failure; *count then holds the points written before it). */
+VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer, const GeomPoint *centre,
+                                            double start, double pitch, uint32_t steps,
+                                            uint8_t reverse, uint8_t outward, uint32_t *count);
 
 /* ===========================================================================
  * geom: smoothing, point reduction, placement, predicates
@@ -708,12 +707,6 @@ typedef struct CalibrationRecord {
 /* Opaque calibrator handle. */
 typedef struct Calibrator Calibrator;
 
-/* A double as its 8-byte transport block (IEEE 754 binary64, most
- * significant byte first), and back.  A NULL out is ignored; a NULL in
- * reads as 0.0. */
-VEXO_API void vexo_util_dbl_to_block(double value, uint8_t *out);
-VEXO_API double vexo_util_block_to_dbl(const uint8_t *in);
-
 /* New calibrator from a record (size clamped to 80..8192 x 60..8192); NULL
  * for a NULL record or on allocation failure. */
 VEXO_API Calibrator *vexo_calib_create_calibrator(const CalibrationRecord *record);
@@ -806,8 +799,19 @@ VEXO_API void vexo_prcg_start_recogniser(Recogniser *rec, const ImageBlock *fram
 VEXO_API void vexo_prcg_release_recogniser(Recogniser *rec);
 
 /* ===========================================================================
- * util: runtime data and entity predicates
+ * util: version, double blocks, runtime data, entity predicates
  * ========================================================================= */
+
+/* Library version as VEXO_VERSION_NUMBER and as "major.minor.patch"; compare
+ * with the macros to detect a header/library mismatch. */
+VEXO_API uint32_t vexo_util_version_number(void);
+VEXO_API const char *vexo_util_version_string(void);
+
+/* A double as its 8-byte transport block (IEEE 754 binary64, most
+ * significant byte first), and back.  A NULL out is ignored; a NULL in
+ * reads as 0.0. */
+VEXO_API void vexo_util_dbl_to_block(double value, uint8_t *out);
+VEXO_API double vexo_util_block_to_dbl(const uint8_t *in);
 
 /* Store `size` bytes under (name, MD5 of key) in the user's data folder
  * (".vexo_rtdata"; on POSIX under $XDG_DATA_HOME or ~/.local/share, created

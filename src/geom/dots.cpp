@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Dot appenders: a dot is one point with the end flag, or a small circle or
 // spiral when the caller asks for a shape.
+#include "geom/dots.hpp"
+
 #include <cstdlib>
 #include <cstring>
 
@@ -52,6 +54,8 @@ GeomPoint *adopt_figure(const GeomPoint *figure, uint32_t m, uint32_t *count, ui
     return fresh;
 }
 
+} // namespace
+
 GeomPoint *append_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint *point, bool use_shape,
                       const GeomDotShape *shape, uint32_t *capacity) noexcept {
     if (!count || !point) return buffer;
@@ -86,56 +90,4 @@ GeomDotShape shape_from_params(const void *params) {
     return shape;
 }
 
-} // namespace
 } // namespace vexo
-
-extern "C" {
-
-VEXO_API GeomPoint *vexo_geom_append_dot_fast(GeomPoint *buffer, uint32_t *count,
-                                              const GeomPoint *point, bool use_shape,
-                                              const GeomDotShape *shape, uint32_t *capacity) {
-    return vexo::append_dot(buffer, count, point, use_shape, shape, capacity);
-}
-
-VEXO_API GeomPoint *vexo_geom_append_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint *point,
-                                         bool use_shape, const GeomDotShape *shape) {
-    return vexo::append_dot(buffer, count, point, use_shape, shape, nullptr);
-}
-
-VEXO_API GeomPoint *vexo_geom_append_dot_fast2(GeomPoint *buffer, uint32_t *count,
-                                               const GeomPoint *point, bool use_shape,
-                                               const void *params, uint32_t *capacity) {
-    if (!use_shape || !params)
-        return vexo::append_dot(buffer, count, point, false, nullptr, capacity);
-    const GeomDotShape shape = vexo::shape_from_params(params);
-    return vexo::append_dot(buffer, count, point, true, &shape, capacity);
-}
-
-VEXO_API GeomPoint *vexo_geom_append_dot2(GeomPoint *buffer, uint32_t *count,
-                                          const GeomPoint *point, bool use_shape,
-                                          const void *params) {
-    return vexo_geom_append_dot_fast2(buffer, count, point, use_shape, params, nullptr);
-}
-
-VEXO_API GeomPoint *vexo_geom_create_circle(double radius, const GeomPoint *centre, double start,
-                                            double end, uint32_t steps, uint32_t *count) {
-    if (!centre) {
-        if (count) *count = 0;
-        return nullptr;
-    }
-    return vexo::create_circle(radius, *centre, start, end, steps, count);
-}
-
-VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer, const GeomPoint *centre,
-                                            double start, double pitch, uint32_t steps,
-                                            uint8_t reverse, uint8_t outward, uint32_t *count) {
-    if (!count) return nullptr;
-    if (!centre) {
-        *count = 0;
-        return nullptr;
-    }
-    return vexo::create_spiral(inner, outer, *centre, start, pitch, steps, reverse != 0,
-                               outward != 0, count);
-}
-
-} // extern "C"

@@ -7,6 +7,7 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include "core/byteorder.hpp"
 #include "vision/image_block.hpp"
 
 namespace vexo {
@@ -22,7 +23,7 @@ cv::Mat record_perspective(const CalibrationRecord &record) {
     cv::Mat m = cv::Mat::zeros(3, 3, CV_64F);
     bool any_set = false;
     for (int i = 0; i < 9; ++i) {
-        const double v = vexo_util_block_to_dbl(record.perspective[i]);
+        const double v = load_be_f64(record.perspective[i]);
         m.at<double>(i / 3, i % 3) = v;
         any_set = any_set || v != 0.0;
     }

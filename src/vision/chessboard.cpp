@@ -24,7 +24,7 @@ constexpr int kSearchWithoutQuadFilter =
 constexpr float kBoundsStart = 1000000.0f;
 
 void write_double(uint8_t *block, double value) {
-    vexo_util_dbl_to_block(value, block);
+    store_be_f64(block, value);
 }
 
 void refine_corners(const cv::Mat &grey, std::vector<cv::Point2f> &corners) {

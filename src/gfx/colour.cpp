@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Colour pipeline core: the gamma table, the per-byte formula and the
 // table-driven pixel loop.
-#include "line/colour.hpp"
+#include "gfx/colour.hpp"
 
 #include <math.h>
 

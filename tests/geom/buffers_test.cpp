@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Point buffers: growth rules, whole-record copies and the freeing rule on
-// failure (a failure that kept its buffer shows up as a leak under LSan);
-// double blocks: big-endian IEEE binary64, every bit kept.
+// failure (a failure that kept its buffer shows up as a leak under LSan).
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
-#include <limits>
 
 #include "vexo_test_util.hpp"
 
@@ -92,32 +90,4 @@ TEST(PointBuffers, PairArraysKeepTheOldBlockOnFailure) {
     EXPECT_EQ(vexo_geom_pair_realloc(pairs, 0xFFFFFFFFu), nullptr);
     EXPECT_EQ(static_cast<unsigned char *>(pairs)[4 * 56 - 1], 0x5A); // still ours
     vexo_geom_pair_release(pairs);
-}
-
-TEST(Version, String) {
-    EXPECT_STREQ(vexo_util_version_string(), "0.1.0"); // the number is checked in tests/abi
-}
-
-TEST(DoubleBlock, KnownBytesAndRoundTrips) {
-    const struct {
-        double value;
-        uint8_t bytes[8];
-    } cases[] = {
-        {1.0, {0x3F, 0xF0}},
-        {-2.5, {0xC0, 0x04}},
-        {-0.0, {0x80}},
-        {0.1, {0x3F, 0xB9, 0x99, 0x99, 0x99, 0x99, 0x99, 0x9A}},
-        {std::numeric_limits<double>::denorm_min(), {0, 0, 0, 0, 0, 0, 0, 1}},
-        {INFINITY, {0x7F, 0xF0}},
-        {std::nan("0x1234"), {0x7F, 0xF8, 0, 0, 0, 0, 0x12, 0x34}}, // the payload kept
-    };
-    for (const auto &c : cases) {
-        uint8_t buffer[11] = {}; // the block at an odd address: no alignment needed
-        vexo_util_dbl_to_block(c.value, buffer + 3);
-        EXPECT_TRUE(!std::memcmp(buffer + 3, c.bytes, 8) && !(buffer[0] | buffer[1] | buffer[2]) &&
-                    vexo_test::same_bytes(vexo_util_block_to_dbl(buffer + 3), c.value))
-            << c.value;
-    }
-    vexo_util_dbl_to_block(1.0, nullptr);
-    EXPECT_EQ(0.0, vexo_util_block_to_dbl(nullptr));
 }

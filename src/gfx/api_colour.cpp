@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "core/boundary.hpp"
-#include "line/colour.hpp"
+#include "gfx/colour.hpp"
 
 namespace {
 

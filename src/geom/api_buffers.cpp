@@ -42,15 +42,4 @@ VEXO_API GeomPoint *vexo_geom_append_fast(GeomPoint *buffer, uint32_t count,
     return vexo::append_points_headroom(buffer, count, source, n, capacity);
 }
 
-VEXO_API uint32_t vexo_util_version_number(void) {
-    return VEXO_VERSION_NUMBER;
-}
-
-VEXO_API const char *vexo_util_version_string(void) {
-#define VEXO_STR2(x) #x
-#define VEXO_STR(x) VEXO_STR2(x)
-    return VEXO_STR(VEXO_VERSION_MAJOR) "." VEXO_STR(VEXO_VERSION_MINOR) "." VEXO_STR(
-        VEXO_VERSION_PATCH);
-}
-
 } // extern "C"
