@@ -2,6 +2,8 @@
 // Numeric constants shared across families.
 #pragma once
 
+#include <cmath>
+
 namespace vexo {
 
 // pi and 2pi as the doubles nearest the single-precision values.  Hosts'
@@ -12,6 +14,12 @@ constexpr double kTwoPiF = 6.2831854820251465;
 
 // Below this a vector component or length counts as zero.
 constexpr double kZeroTolerance = 1e-7;
+
+// A difference component below the tolerance becomes exactly 0, so that
+// directions of nearly axis-parallel segments compare exactly.
+inline double snap_to_zero(double v) {
+    return std::fabs(v) < kZeroTolerance ? 0.0 : v;
+}
 
 // Degrees to radians as the library has always converted them.
 inline double degrees_to_radians(double degrees) {

@@ -15,11 +15,6 @@ namespace {
 constexpr size_t kShortUcfSize = 16900;
 constexpr size_t kCt5HeaderWords = 16;
 
-bool starts_with(ByteSpan file, const char *label) {
-    const size_t n = std::strlen(label);
-    return file.size >= n && std::memcmp(file.data, label, n) == 0;
-}
-
 bool contains(ByteSpan file, const char *text) {
     const size_t n = std::strlen(text);
     for (size_t i = 0; i + n <= file.size; ++i)

@@ -15,11 +15,6 @@
 namespace vexo {
 namespace {
 
-bool starts_with(ByteSpan file, const char *label) {
-    const size_t n = std::strlen(label);
-    return file.size >= n && std::memcmp(file.data, label, n) == 0;
-}
-
 // The deltas apply to the neutral grid; it is computed here rather than
 // read back from the table, which gives the same values.
 uint32_t subtract_f64_pairs(ByteSpan file, size_t offset, double sx, double sy, CorrTable &table) {

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "vexo.h"
 
@@ -16,6 +17,13 @@ struct ByteSpan {
     const uint8_t *data;
     size_t size;
 };
+
+// True when the file begins with the bytes of `label` (its terminator not
+// included), the test every format marker goes through.
+inline bool starts_with(ByteSpan file, const char *label) noexcept {
+    const size_t n = std::strlen(label);
+    return file.size >= n && std::memcmp(file.data, label, n) == 0;
+}
 
 // Binary formats.  Each replaces x, y and z of every cell when it succeeds
 // (deltas are applied to the neutral grid it computes itself) and writes no

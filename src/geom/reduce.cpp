@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/constants.hpp"
+#include "core/point_flags.hpp"
 #include "line/compact.hpp"
 #include "line/measure.hpp"
 
@@ -12,13 +13,6 @@ namespace vexo {
 namespace {
 
 constexpr uint32_t kEndAndMark = VEXO_POINT_END | VEXO_POINT_END_MARK;
-
-bool is_end(const GeomPoint &p) {
-    return (p.flags & VEXO_POINT_END) != 0;
-}
-bool is_processed(const GeomPoint &p) {
-    return (p.flags & VEXO_POINT_PROCESSED) != 0;
-}
 
 // The test limit > |a - b| on squared distances where that is safe: far
 // from the limit the squares decide (a square root rounds correctly, so a
@@ -35,25 +29,13 @@ public:
     }
 
     bool operator()(const GeomPoint &a, const GeomPoint &b) const {
-        const double squared = squared_distance(a, b);
+        const double squared = squared_distance<WithZ>(a, b);
         if (squared < surely_below_) return true;
         if (squared > surely_above_ && surely_above_ >= 0.0) return false;
         return limit_ > std::sqrt(squared);
     }
 
 private:
-    // Summed in the order of point_distance, so the root is the same.
-    static double squared_distance(const GeomPoint &a, const GeomPoint &b) {
-        const double dx = a.x - b.x;
-        const double dy = a.y - b.y;
-        if constexpr (WithZ) {
-            const double dz = a.z - b.z;
-            return dx * dx + dy * dy + dz * dz;
-        } else {
-            return dx * dx + dy * dy;
-        }
-    }
-
     double limit_;
     double surely_below_;
     double surely_above_;
@@ -153,10 +135,6 @@ struct Vec3 {
 
 Vec3 difference(const GeomPoint &from, const GeomPoint &to) {
     return Vec3{to.x - from.x, to.y - from.y, to.z - from.z};
-}
-
-double snap_to_zero(double v) {
-    return std::fabs(v) < kZeroTolerance ? 0.0 : v;
 }
 
 // Turn at m between the legs a->m and m->k, in degrees.  Collinear legs give

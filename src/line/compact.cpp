@@ -1,15 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "line/compact.hpp"
 
+#include "core/point_flags.hpp"
+
 namespace vexo {
-
-namespace {
-
-bool is_processed(const GeomPoint &p) {
-    return (p.flags & VEXO_POINT_PROCESSED) != 0;
-}
-
-} // namespace
 
 uint32_t remove_processed(GeomPoint *points, uint32_t count) noexcept {
     // Points before the first removed one stay where they are.

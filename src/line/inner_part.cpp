@@ -54,10 +54,6 @@ uint32_t collect_crossings(const GeomPoint &a, const GeomPoint &b, const ClipRec
     return found;
 }
 
-double snap_to_zero(double v) {
-    return std::fabs(v) < kZeroTolerance ? 0.0 : v;
-}
-
 bool runs_against(double along, double result) {
     return (along > 0.0 && result < 0.0) || (along < 0.0 && result > 0.0);
 }

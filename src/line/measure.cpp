@@ -14,10 +14,6 @@ bool between(double v, double end0, double end1) {
     return (end0 <= v && v <= end1) || (end1 <= v && v <= end0);
 }
 
-double snap_to_zero(double v) {
-    return std::fabs(v) < kZeroTolerance ? 0.0 : v;
-}
-
 } // namespace
 
 double segment_length(const GeomPoint &a, const GeomPoint &b, bool only2d) {

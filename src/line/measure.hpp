@@ -10,17 +10,23 @@
 
 namespace vexo {
 
-// |a - b| with the z term chosen at compile time, for the hot loops of the
-// point-list passes.  Differences are taken a - b.
-template <bool WithZ> inline double point_distance(const GeomPoint &a, const GeomPoint &b) {
+// |a - b|^2 with the z term chosen at compile time, for the hot loops of the
+// point-list passes.  Differences are taken a - b and summed x, y, z: every
+// distance in the library is the root of exactly this sum.
+template <bool WithZ> inline double squared_distance(const GeomPoint &a, const GeomPoint &b) {
     const double dx = a.x - b.x;
     const double dy = a.y - b.y;
     if constexpr (WithZ) {
         const double dz = a.z - b.z;
-        return std::sqrt(dx * dx + dy * dy + dz * dz);
+        return dx * dx + dy * dy + dz * dz;
     } else {
-        return std::sqrt(dx * dx + dy * dy);
+        return dx * dx + dy * dy;
     }
+}
+
+// |a - b|, the root of squared_distance.
+template <bool WithZ> inline double point_distance(const GeomPoint &a, const GeomPoint &b) {
+    return std::sqrt(squared_distance<WithZ>(a, b));
 }
 
 // |a - b| over x, y and z, or over x and y when only2d.
