@@ -11,9 +11,6 @@
 
 namespace vexo {
 
-static_assert(sizeof(GeomPoint) == 32, "GeomPoint is a 32-byte record");
-static_assert(sizeof(GeomDotShape) == 24, "GeomDotShape is a 24-byte record");
-
 // The headroom rule: count + max(count / 100, 100).  False when the result
 // does not fit the 32-bit capacity (the caller must then fail, not wrap).
 bool headroom_capacity(uint32_t count, uint32_t *capacity);

@@ -15,8 +15,6 @@ constexpr int kCorrCells = kCorrSide * kCorrSide;
 // word shifted so that the field is centred.
 constexpr double kCorrHalfRange = 32767.5;
 
-static_assert(sizeof(CorrTable) == 135200, "CorrTable is 4225 GeomPoint cells");
-
 inline GeomPoint &corr_cell(CorrTable &table, int row, int column) {
     return table.cell[static_cast<size_t>(row) * kCorrSide + static_cast<size_t>(column)];
 }

@@ -3,6 +3,8 @@
 // NULL still reaches the C functions.
 #include "vexo.h"
 
+#include "record_layouts.h" // the record layouts as C++ sees them
+
 #include <cstdio>
 
 static GeomPoint table[4225];

@@ -55,13 +55,6 @@ Loaded load(const std::string &path, uint32_t format = 0) {
 
 } // namespace
 
-TEST(CorrFileInfo, RecordLayoutHoldsNoPadding) {
-    EXPECT_EQ(sizeof(CorrFileInfo), 128u);
-    EXPECT_EQ(offsetof(CorrFileInfo, scale), 24u);
-    EXPECT_EQ(offsetof(CorrFileInfo, params), 48u);
-    EXPECT_EQ(offsetof(CorrFileInfo, trailer), 120u);
-}
-
 TEST(CorrFileInfo, CorScaleIsWrittenAtItsOffsetAndReadBack) {
     CorrFileInfo info{};
     info.flags = VEXO_CORR_INFO_SCALE;

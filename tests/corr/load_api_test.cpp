@@ -9,10 +9,6 @@
 
 using namespace vexo_test;
 
-static_assert(offsetof(CorrHead, header_size) == 2 && offsetof(CorrHead, tag) == 4 &&
-                  offsetof(CorrHead, reserved) == 5 && offsetof(CorrHead, value) == 8,
-              "CorrHead is the 12-byte file header");
-
 TEST(CorrApi, NeutralTableAndNullArgumentsRefused) {
     CorrTable t;
     std::memset(&t, 0xCD, sizeof t);

@@ -17,13 +17,6 @@ namespace {
 
 using vt::Frame;
 
-#define AT(type, field, n) (offsetof(type, field) == n)
-static_assert(AT(ImageBlock, kind, 8) && AT(ImageBlock, width, 16) && AT(ImageBlock, bits, 24) &&
-              AT(ImageBlock, data_size, 28) && AT(CalibrationRecord, distortion, 72) &&
-              AT(CalibrationRecord, width, 104) && AT(CalibrationRecord, reserved0, 112) &&
-              AT(CalibrationRecord, perspective, 136) && AT(CalibrationRecord, options, 213));
-#undef AT
-
 constexpr double kIdentity[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
 
 vt::CalibratorPtr make(int32_t width, int32_t height, const double *m, uint8_t options = 0) {
