@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # Compiler flags shared by every libvexo target.
 #
-# Results are specified to the last bit, so floating-point contraction is off
+# Results must be identical to the last bit, so floating-point contraction is off
 # everywhere and nothing is built with fast-math or -march=native.
 
 set(VEXO_WARNINGS -Wall -Wextra -Wpedantic)

@@ -6,9 +6,10 @@
 
 namespace vexo {
 
-// pi and 2pi as the doubles nearest the single-precision values.  Hosts'
-// existing results were made with these, so they are part of every angle
-// conversion; the full-precision M_PI would change the last bits.
+// pi and 2pi as the doubles nearest the single-precision values.  Hosts
+// compare results bit for bit with values computed with these, so they are
+// part of every angle conversion; the full-precision M_PI would change the
+// last bits.
 constexpr double kPiF = 3.1415927410125732;
 constexpr double kTwoPiF = 6.2831854820251465;
 
@@ -21,7 +22,8 @@ inline double snap_to_zero(double v) {
     return std::fabs(v) < kZeroTolerance ? 0.0 : v;
 }
 
-// Degrees to radians as the library has always converted them.
+// Degrees to radians: divide by 360, then multiply by 2pi.  Another order
+// changes the last bit, and hosts compare angles bit for bit.
 inline double degrees_to_radians(double degrees) {
     return degrees / 360.0 * kTwoPiF;
 }

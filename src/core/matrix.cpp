@@ -187,7 +187,8 @@ void rotate_about_axis(double *m, const double *axis, double degrees) {
 void frustum(double *m, double left, double right, double bottom, double top, double z_near,
              double z_far) {
     // Stored at the classic column-major indices (8, 9 and 14 rather than
-    // their transposes); hosts rely on exactly this layout.
+    // their transposes); the header documents this layout and hosts read
+    // the entries by index.
     double f[kMatrixSize] = {};
     f[0] = 2 * z_near / (right - left);
     f[5] = 2 * z_near / (top - bottom);

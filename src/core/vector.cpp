@@ -54,8 +54,8 @@ double cross2(const double *a, const double *b) {
 }
 
 void cross3(const double *a, const double *b, double *out) {
-    // Written component by component, so an aliased `out` behaves as it
-    // always has (callers are told not to alias).
+    // Written component by component, so even an aliased `out` gets a
+    // result fixed by this order (callers are told not to alias).
     out[0] = b[2] * a[1] - a[2] * b[1];
     out[1] = a[2] * b[0] - a[0] * b[2];
     out[2] = a[0] * b[1] - b[0] * a[1];

@@ -22,13 +22,14 @@ bool contains(ByteSpan file, const char *text) {
     return false;
 }
 
-// ".cor": the "JCZ_COR_2_1" galvo scale, or the "JCZ_COR_3" delta factors.
+// ".cor": the integer layout's galvo scale, or the scaled layout's delta
+// factors.
 void describe_cor(ByteSpan file, CorrFileInfo &info) {
     constexpr size_t kFactorsOffset = 40;
-    if (starts_with(file, kCor21Label) && file.size >= kCor21ScaleOffset + 8) {
+    if (starts_with(file, kCorIntegerMarker) && file.size >= kCorIntegerScaleOffset + 8) {
         info.flags |= VEXO_CORR_INFO_SCALE;
-        info.scale = load_le_f64(file.data + kCor21ScaleOffset);
-    } else if (starts_with(file, "JCZ_COR_3") && file.size >= kFactorsOffset + 16) {
+        info.scale = load_le_f64(file.data + kCorIntegerScaleOffset);
+    } else if (starts_with(file, kCorScaledMarker) && file.size >= kFactorsOffset + 16) {
         info.flags |= VEXO_CORR_INFO_FACTORS;
         info.factors[0] = load_le_f64(file.data + kFactorsOffset);
         info.factors[1] = load_le_f64(file.data + kFactorsOffset + 8);

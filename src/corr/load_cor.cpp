@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // ".cor": deltas subtracted from the neutral grid, row by row, x then y.
-// Three layouts share the extension:
-//   "JCZ_COR_3"    f64 scale factors sx, sy at 40 and 48, f64 pairs from 56;
-//   "JCZ_COR_2_1"  (EZCAD-class software) i32 pairs from 36, taken as they
-//                  are (the f64 at 28 is the galvo scale, not a factor);
-//   anything else  unscaled f64 pairs from offset 519 (older files).
+// Three layouts share the extension, told apart by the marker at the start:
+//   kCorScaledMarker   f64 scale factors sx, sy at 40 and 48, f64 pairs
+//                      from 56;
+//   kCorIntegerMarker  i32 pairs from 36, taken as they are (the f64 at 28
+//                      is the galvo scale, not a factor);
+//   no marker          unscaled f64 pairs from offset 519.
 #include <cstring>
 
 #include "core/byteorder.hpp"
@@ -53,13 +54,14 @@ uint32_t parse_cor(ByteSpan file, CorrTable &table) {
     constexpr size_t kScaledFactorsOffset = 40;
     constexpr size_t kScaledDataOffset = 56;
     constexpr size_t kPlainDataOffset = 519;
-    if (starts_with(file, "JCZ_COR_3")) {
+    if (starts_with(file, kCorScaledMarker)) {
         if (file.size < kScaledDataOffset) return VEXO_ERROR_READ_FILE;
         const double sx = load_le_f64(file.data + kScaledFactorsOffset);
         const double sy = load_le_f64(file.data + kScaledFactorsOffset + 8);
         return subtract_f64_pairs(file, kScaledDataOffset, sx, sy, table);
     }
-    if (starts_with(file, kCor21Label)) return subtract_i32_pairs(file, kCor21DataOffset, table);
+    if (starts_with(file, kCorIntegerMarker))
+        return subtract_i32_pairs(file, kCorIntegerDataOffset, table);
     return subtract_f64_pairs(file, kPlainDataOffset, 1.0, 1.0, table);
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // ".ucf" and ".ctb": planes of 16-bit scanner words, column-major, Y plane
 // before X.  The short ".ucf" form and ".ctb" carry no Z plane; a missing
-// Z counts as word 0, so those tables come back with z = -32767.5, which
-// hosts of older cards rely on.
+// Z counts as word 0, so those tables come back with z = -32767.5 (word 0
+// less the half range), the same z a written file with a zero plane gives.
 #include "core/byteorder.hpp"
 #include "corr/loaders.hpp"
 #include "corr/table.hpp"

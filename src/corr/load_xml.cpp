@@ -64,8 +64,8 @@ size_t find_list(std::string_view text, size_t from, std::string_view tag) {
 } // namespace
 
 uint32_t parse_xml(ByteSpan file, CorrTable &table) {
-    // The writers zero-terminate nothing; a stray zero byte ends the text as
-    // it always has for readers that treat the file as one C string.
+    // The writers zero-terminate nothing; a stray zero byte ends the text,
+    // as it does for every reader that treats the file as one C string.
     const char *bytes = reinterpret_cast<const char *>(file.data);
     std::string_view text(bytes, file.size);
     text = text.substr(0, text.find('\0'));

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Integer encodings used by the correction writers: round half away from
-// zero after saturating to the target range, as the scanner cards' own
-// tools have always done.  NaN has no honest integer; it is written as 0.
+// zero after saturating to the target range, the integers the file formats
+// store; hosts compare written files byte for byte.  NaN has no honest
+// integer; it is written as 0.
 #pragma once
 
 #include <cmath>

@@ -10,7 +10,8 @@ namespace {
 constexpr double kStep = 1.0 / 64;
 
 // The three blends below are mathematically alike but round differently;
-// each side uses the form its tables were always made with.
+// each side keeps its own form because hosts compare the adjusted tables
+// bit for bit.
 double rising(double factor, int k) {
     return factor * kStep * k + (64 - k) * kStep;
 }

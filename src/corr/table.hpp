@@ -23,7 +23,8 @@ inline const GeomPoint &corr_cell(const CorrTable &table, int row, int column) {
 }
 
 // Neutral deflection of grid line i (row or column).  The operation order
-// is fixed: tables written by earlier releases hold exactly these values.
+// is fixed: hosts compare neutral tables bit for bit, and the writers'
+// files start from exactly these values.
 inline double neutral_coordinate(int line) {
     return (line - 32) * 0.015625 * 65535.0;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// "JCZ_COR_2_1" ".cor" tables, the layout EZCAD-class marking software
-// writes: integer deltas that the loader subtracts from the neutral grid.
+// ".cor" tables in the integer-marker layout (kCorIntegerMarker): integer
+// deltas that the loader subtracts from the neutral grid.
 #include <cstring>
 
 #include "core/byteorder.hpp"
@@ -12,10 +12,10 @@
 namespace vexo {
 
 void encode_cor21(const CorrTable &table, double scale, uint8_t *out) {
-    std::memset(out, 0, kCor21FileSize);
-    std::memcpy(out, kCor21Label, kCor21LabelBytes);
-    store_le_f64(out + kCor21ScaleOffset, scale);
-    uint8_t *pair = out + kCor21DataOffset;
+    std::memset(out, 0, kCorIntegerFileSize);
+    std::memcpy(out, kCorIntegerMarker, kCorIntegerMarkerBytes);
+    store_le_f64(out + kCorIntegerScaleOffset, scale);
+    uint8_t *pair = out + kCorIntegerDataOffset;
     for (int row = 0; row < kCorrSide; ++row) {
         for (int column = 0; column < kCorrSide; ++column, pair += 8) {
             const GeomPoint &cell = corr_cell(table, row, column);
@@ -29,7 +29,7 @@ void encode_cor21(const CorrTable &table, double scale, uint8_t *out) {
 }
 
 uint32_t save_cor21(const CorrTable &table, const char *path, double scale) noexcept {
-    uint8_t file[kCor21FileSize];
+    uint8_t file[kCorIntegerFileSize];
     encode_cor21(table, scale, file);
     return write_whole_file(path, file, sizeof file);
 }

@@ -21,15 +21,18 @@ static_assert(kKxoFileSize == VEXO_KXO_FILE_SIZE, "kxo files are 50,712 bytes");
 constexpr size_t kCtbPlaneBytes = 4225 * 2;
 constexpr size_t kCtbFileSize = 2 * kCtbPlaneBytes;
 
-// "JCZ_COR_2_1" cor: label padded to 28 bytes, f64 scale, i32 delta pairs
-// row by row, 4-byte zero trailer.
-constexpr char kCor21Label[] = "JCZ_COR_2_1";
-constexpr size_t kCor21LabelBytes = 11;
-constexpr size_t kCor21ScaleOffset = 28;
-constexpr size_t kCor21DataOffset = 36;
-constexpr size_t kCor21DataBytes = 4225 * 8;
-constexpr size_t kCor21FileSize = kCor21DataOffset + kCor21DataBytes + 4;
-static_assert(kCor21FileSize == 33840, "JCZ_COR_2_1 files are 33,840 bytes");
+// ".cor" files begin with a format marker.  The integer layout: marker
+// padded to 28 bytes, f64 galvo scale, i32 delta pairs row by row, 4-byte
+// zero trailer.  The scaled layout: f64 scale factors at 40 and 48, f64
+// delta pairs from 56.  A file with neither marker holds plain f64 pairs.
+constexpr char kCorIntegerMarker[] = "JCZ_COR_2_1";
+constexpr char kCorScaledMarker[] = "JCZ_COR_3";
+constexpr size_t kCorIntegerMarkerBytes = 11;
+constexpr size_t kCorIntegerScaleOffset = 28;
+constexpr size_t kCorIntegerDataOffset = 36;
+constexpr size_t kCorIntegerDataBytes = 4225 * 8;
+constexpr size_t kCorIntegerFileSize = kCorIntegerDataOffset + kCorIntegerDataBytes + 4;
+static_assert(kCorIntegerFileSize == 33840, "integer-marker .cor files are 33,840 bytes");
 
 // The stored kxo value of one coordinate: distance from the field's lower
 // edge in units of 1/30000, saturated and rounded half away from zero.

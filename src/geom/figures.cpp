@@ -11,8 +11,9 @@ namespace vexo {
 
 namespace {
 
-// Figures measure angles from +Y towards +X; this is how they have always
-// turned degrees into radians (two halves of the turn, single-precision pi).
+// Figures measure angles from +Y towards +X and turn degrees into radians
+// as two halves of the turn times the single-precision pi; another order
+// changes the last bit of the points hosts compare.
 double figure_radians(double degrees) {
     return (degrees / 360.0 + degrees / 360.0) * kPiF;
 }

@@ -25,7 +25,8 @@ float gamma_exponent(int32_t gamma) {
 void build_gamma_table(float g, GammaTable &table) {
     for (int k = 0; k < 256; ++k) {
         // Entry k is taken at (k + 1)/256: entry 255 is exactly 1 and entry
-        // 0 is not 0.  Kept: existing images were corrected with this curve.
+        // 0 is not 0.  Hosts compare corrected images byte for byte, so the
+        // curve is exactly this one.
         const float base = static_cast<float>(k + 1) * 0.00390625f;
         float level = ::powf(base, g) * 65535.0f + 0.5f;
         if (!(level > 0.0f)) level = 0.0f;

@@ -55,8 +55,8 @@ uint32_t line_crossing(const GeomPoint &a0, const GeomPoint &a1, bool a_unbounde
     const Segment b{b0, b1};
     out->flags = a.p0.flags & a.p1.flags & b.p0.flags & b.p1.flags & VEXO_POINT_KEEP;
 
-    // Vertical means exactly vertical: a tolerance here would move crossings
-    // of steep lines that hosts already rely on.
+    // Vertical means exactly vertical: a tolerance here would move the
+    // crossings of steep lines, which hosts compare bit for bit.
     const double dxa = a.p1.x - a.p0.x;
     const double dxb = b.p1.x - b.p0.x;
     double x;

@@ -25,7 +25,8 @@ namespace {
 
 // The roaming application-data folder.  The wide path is narrowed by
 // keeping the low byte of each code unit, and only its first 65 units are
-// used: files written by earlier releases sit at exactly that path.
+// used: that narrowed path is where the runtime-data files are found, so
+// every reader and writer of the folder must form it the same way.
 std::string application_data_folder() {
     wchar_t wide[MAX_PATH] = {0};
     HRESULT hr = SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, wide);

@@ -23,8 +23,9 @@ bool runtime_data_name_allowed(const char *name) {
 
 namespace {
 
-// Text mode is kept on purpose: on platforms that translate line ends,
-// files written by earlier releases went through the same translation.
+// Text mode on purpose: the files hold the hosts' records as text-mode I/O
+// writes them, so on platforms that translate line ends the bytes are
+// translated alike on the way out and on the way back.
 constexpr const char *kWriteMode = "w";
 constexpr const char *kReadMode = "r";
 

@@ -34,7 +34,8 @@ void refine_corners(const cv::Mat &grey, std::vector<cv::Point2f> &corners) {
 
 // Board coordinates of the corners.  The first coordinate is the row as an
 // unfloored quotient (corner 10 of a 9-column board sits at 1.111...):
-// records in the field were calibrated that way, so it stays.
+// the camera matrix follows from these coordinates, and hosts compare
+// calibration records bit for bit.
 std::vector<cv::Point3f> board_points(size_t count, int32_t columns) {
     std::vector<cv::Point3f> points(count);
     for (size_t i = 0; i < count; ++i)
@@ -44,7 +45,8 @@ std::vector<cv::Point3f> board_points(size_t count, int32_t columns) {
 }
 
 // Single-view calibration with a fixed aspect ratio and the 4-coefficient
-// distortion model, all in single precision as the record has always held.
+// distortion model, the values rounded to single precision: hosts compare
+// the record's values bit for bit, and those are floats widened to doubles.
 // OpenCV widens a 4-element distortion vector to 5 and would fit k3 as
 // well; fixing k3 at zero keeps the model to the four the record carries.
 void calibrate_camera(const std::vector<cv::Point2f> &corners, int32_t columns, cv::Size image_size,

@@ -38,8 +38,9 @@ inline uint8_t *image_pixels(ImageBlock *block) {
 
 // 8-bit grey copy of the block: GREY8 is copied, RGB24 becomes the sum of
 // the three bytes taken as SIGNED 8-bit values, divided by 3 and truncated.
-// Cameras feeding existing hosts were calibrated against exactly this
-// conversion, so it is kept.  Empty when the block is unusable.
+// Calibration and recognition results follow from these grey values and
+// hosts compare them bit for bit, so the conversion is exactly this one.
+// Empty when the block is unusable.
 // May throw cv::Exception or std::bad_alloc.
 cv::Mat image_block_to_grey(const ImageBlock *block);
 
