@@ -316,7 +316,10 @@ VEXO_API GeomPoint *vexo_geom_create_circle(double radius, const GeomPoint *cent
  * roughly constant point spacing, running inward (or outward when outward is
  * non-zero), clockwise (or counter-clockwise when reverse is non-zero).
  * `count` is required.  Returns a new array or NULL (no point, or allocation
- * failure; *count then holds the points written before it). */
+ * failure; *count then holds the points written before it).  Radii the walk
+ * cannot reach are refused before any point is made (NULL, *count 0): a
+ * radius that is not finite, a negative inner radius going outward, an inner
+ * radius below -max(outer, 0.0001) going inward. */
 VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer, const GeomPoint *centre,
                                             double start, double pitch, uint32_t steps,
                                             uint8_t reverse, uint8_t outward, uint32_t *count);
@@ -688,6 +691,14 @@ typedef struct ImageBlock {
     uint32_t data_size; /* host order */
 } ImageBlock;
 
+/* Largest frame, in pixels (width x height), that keypoint generation,
+ * recognition and chessboard calibration accept: 2^23, a 3840 x 2160 frame
+ * with room to spare.  Larger frames are refused before any work, so that
+ * peak memory stays under about 2 GiB (SIFT's scale space takes about 240
+ * bytes per frame pixel).  vexo_calib_start_calibrator only warps and has
+ * no such limit. */
+#define VEXO_VISION_MAX_PIXELS 8388608
+
 #define CALIB_OPTION_TOP_DOWN 0x01u
 
 /* Calibration exchange record (216 bytes).  Every double is stored as an
@@ -728,7 +739,8 @@ VEXO_API void vexo_calib_release_calibrator(Calibrator *cal);
  * height first, even when the call then fails) and returns the corners as
  * columns*rows (x, y) int32 pairs rounded half away from zero (free with
  * vexo_calib_release_correction), or NULL.  *found (may be NULL) receives
- * the number of corners found: 0 for bad arguments or an unusable image. */
+ * the number of corners found: 0 for bad arguments or an unusable image
+ * (one above VEXO_VISION_MAX_PIXELS included). */
 VEXO_API int32_t *vexo_calib_gen_correction(const ImageBlock *image, int32_t columns, int32_t rows,
                                             CalibrationRecord *record, int32_t *found);
 /* Free a corner list; NULL ignored. */
@@ -761,7 +773,7 @@ typedef struct PatternKeypoint {
 
 /* Statuses of vexo_prcg_start_recogniser beyond the common ones. */
 #define VEXO_ERROR_NO_RATIO_MATCH 0x10000009u /* no match passed the ratio test */
-#define VEXO_ERROR_NO_POINT_PAIRS 0x20000009u /* no point pairs */
+#define VEXO_ERROR_NO_POINT_PAIRS 0x20000009u /* no point pairs (every kept match gives one) */
 
 /* Filled by vexo_prcg_start_recogniser. */
 typedef struct RecognitionResult {
@@ -778,7 +790,9 @@ typedef struct Recogniser Recogniser;
  * the detectors *options allows, keep the detector with the most keypoints
  * wholly inside, rewrite *options to name it, and return those keypoints
  * (*count of them; free with vexo_prcg_release_keypoints), or NULL (*count
- * -1 on a bad image or allocation failure). */
+ * -1 on a bad image, one above VEXO_VISION_MAX_PIXELS, or allocation
+ * failure).  Keypoints that vexo_prcg_create_recogniser would refuse on the
+ * same image are left out, so a returned set always creates a recogniser. */
 VEXO_API PatternKeypoint *vexo_prcg_gen_keypoints(const ImageBlock *image, int32_t *count,
                                                   uint32_t *options, int32_t left, int32_t top,
                                                   int32_t right, int32_t bottom);
@@ -788,11 +802,22 @@ VEXO_API PatternKeypoint *vexo_prcg_alloc_keypoints(uint32_t count);
 VEXO_API void vexo_prcg_release_keypoints(PatternKeypoint *keypoints);
 
 /* New recogniser for `count` (>= 3) keypoints taught on `reference`; the
- * origin is subtracted from reported positions.  NULL on failure. */
+ * origin is subtracted from reported positions.  NULL on failure, for a
+ * reference above VEXO_VISION_MAX_PIXELS, and for a set with any keypoint
+ * the detector cannot use (the whole set is refused, none is dropped):
+ * every keypoint needs x and y inside the reference image (0 <= x/1000 <
+ * width, the same for y) and a size of at least 1000 (one pixel); SIFT
+ * (RECOGNISER_SIFT) also needs an octave whose low byte, signed, is -1 to
+ * round(log2(min(width, height))) - 2, whose second byte (the layer) is 1
+ * to 3, and a size of at most 64 pixels in that octave (size/1000 divided
+ * by 2^octave); ORB needs an octave of 0 to 7.  An unreadable reference
+ * gives a handle that never finds anything. */
 VEXO_API Recogniser *vexo_prcg_create_recogniser(const PatternKeypoint *keypoints, int32_t count,
                                                  uint32_t options, const ImageBlock *reference,
                                                  int32_t origin_x, int32_t origin_y);
-/* Find the pattern in `frame`; the outcome is result->status. */
+/* Find the pattern in `frame`; the outcome is result->status (x, y and
+ * rotation 0 unless VEXO_OK); VEXO_ERROR_NO_MEMORY for a frame that cannot
+ * be read or has more than VEXO_VISION_MAX_PIXELS pixels. */
 VEXO_API void vexo_prcg_start_recogniser(Recogniser *rec, const ImageBlock *frame,
                                          RecognitionResult *result);
 /* Destroy a recogniser; NULL ignored. */

@@ -42,6 +42,18 @@ double inward_steps_at_least(double inner, double R, double radius_step) {
     return (R * R - floor - radius_step * R) / (2.0 * radius_step * R);
 }
 
+// Radii for which the walk can reach its end.  Outward, r grows by a step
+// stretched by R / r, which is negative below zero, so from a negative inner
+// radius r runs away from R until the point limit.  Inward, r gets below
+// zero only by a jump through the centre, which lands within -R only by
+// chance; an inner radius beyond -R (or not finite) leaves the walk circling
+// the centre until the point limit, so both are refused before any point.
+bool spiral_can_end(double inner, double outer, bool outward) {
+    if (!std::isfinite(inner) || !std::isfinite(outer)) return false;
+    const double R = outer > 0.0001 ? outer : 0.0001;
+    return outward ? inner >= 0.0 : inner >= -R;
+}
+
 } // namespace
 
 GeomPoint *create_circle(double radius, const GeomPoint &centre, double start, double end,
@@ -81,6 +93,7 @@ GeomPoint *create_spiral(double inner, double outer, const GeomPoint &centre, do
                          double pitch, uint32_t steps, bool reverse, bool outward,
                          uint32_t *count) noexcept {
     *count = 0;
+    if (!spiral_can_end(inner, outer, outward)) return nullptr;
     const double R = outer > 0.0001 ? outer : 0.0001;
     const double angle_step = kTwoPiF / steps;
     const double radius_step = pitch / steps;

@@ -129,7 +129,7 @@ int32_t *generate_correction(const ImageBlock *image, int32_t columns, int32_t r
     record.width = load_be_i32(header + 16);
     record.height = load_be_i32(header + 20);
     if (columns < kBoardMinSide || rows < kBoardMinSide || columns > kBoardMaxSide ||
-        rows > kBoardMaxSide)
+        rows > kBoardMaxSide || exceeds_vision_budget(image))
         return nullptr;
     const cv::Mat grey = image_block_to_grey(image);
     if (grey.empty()) return nullptr;

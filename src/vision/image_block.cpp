@@ -27,6 +27,11 @@ bool image_geometry(const ImageBlock *block, ImageGeometry *geometry) {
     return true;
 }
 
+bool exceeds_vision_budget(const ImageBlock *block) {
+    ImageGeometry g;
+    return image_geometry(block, &g) && int64_t{g.width} * g.height > VEXO_VISION_MAX_PIXELS;
+}
+
 namespace {
 
 // Grey value of every possible signed channel sum (-384 .. 381): the sum

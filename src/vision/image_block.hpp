@@ -28,6 +28,10 @@ struct ImageGeometry {
 // a size outside the limits above.
 bool image_geometry(const ImageBlock *block, ImageGeometry *geometry);
 
+// True for a usable block with more than VEXO_VISION_MAX_PIXELS pixels:
+// detection, recognition and calibration refuse it before any work.
+bool exceeds_vision_budget(const ImageBlock *block);
+
 // The pixels that follow the 32-byte header.
 inline const uint8_t *image_pixels(const ImageBlock *block) {
     return reinterpret_cast<const uint8_t *>(block) + VEXO_IMAGE_HEADER_SIZE;

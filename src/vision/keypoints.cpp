@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "vision/image_block.hpp"
+#include "vision/keypoint_check.hpp"
 
 namespace vexo {
 
@@ -92,6 +93,7 @@ size_t footprint_score(const std::vector<cv::KeyPoint> &kps, const PatternRect &
 PatternKeypoint *generate_keypoints(const ImageBlock *image, int32_t *count, uint32_t *options,
                                     const PatternRect &rect) {
     *count = -1;
+    if (exceeds_vision_budget(image)) return nullptr;
     const cv::Mat grey = image_block_to_grey(image);
     if (grey.empty()) return nullptr;
     const cv::Mat mask = rectangle_mask(grey.size(), rect);
@@ -110,8 +112,14 @@ PatternKeypoint *generate_keypoints(const ImageBlock *image, int32_t *count, uin
     PatternKeypoint *out = allocate_keypoints(chosen.size());
     if (!out) return nullptr;
     int32_t stored = 0;
-    for (const auto &kp : chosen)
-        if (footprint_inside(kp, rect)) out[stored++] = to_pattern_keypoint(kp);
+    for (const auto &kp : chosen) {
+        const PatternKeypoint record = to_pattern_keypoint(kp);
+        // Checked as a recogniser will see it, after the round trip through
+        // thousandths, so that every taught set creates a recogniser.
+        if (footprint_inside(kp, rect) &&
+            keypoint_usable(from_pattern_keypoint(record), choice, grey.size()))
+            out[stored++] = record;
+    }
     *count = stored;
     return out;
 }

@@ -7,36 +7,11 @@
 #include <opencv2/calib3d.hpp>
 
 #include "vision/image_block.hpp"
+#include "vision/keypoint_check.hpp"
 #include "vision/keypoints.hpp"
 
 namespace vexo {
 namespace {
-
-cv::Ptr<cv::Feature2D> &slot_of(Recogniser &rec, DetectorKind kind) {
-    switch (kind) {
-    case DetectorKind::Sift:
-        return rec.sift;
-    case DetectorKind::Surf:
-        return rec.surf;
-    default:
-        return rec.orb;
-    }
-}
-
-// The filled slot, if any.
-bool stored_detector(const Recogniser &rec, DetectorKind *kind, cv::Ptr<cv::Feature2D> *detector) {
-    const std::pair<DetectorKind, const cv::Ptr<cv::Feature2D> *> slots[] = {
-        {DetectorKind::Sift, &rec.sift},
-        {DetectorKind::Surf, &rec.surf},
-        {DetectorKind::Orb, &rec.orb}};
-    for (const auto &slot : slots)
-        if (!slot.second->empty()) {
-            *kind = slot.first;
-            *detector = *slot.second;
-            return true;
-        }
-    return false;
-}
 
 cv::Ptr<cv::DescriptorMatcher> make_matcher(DetectorKind kind, uint32_t options) {
     if (kind == DetectorKind::Orb) return cv::BFMatcher::create(cv::NORM_HAMMING, false);
@@ -45,12 +20,6 @@ cv::Ptr<cv::DescriptorMatcher> make_matcher(DetectorKind kind, uint32_t options)
             cv::makePtr<cv::flann::KDTreeIndexParams>(4),
             cv::makePtr<cv::flann::SearchParams>(32, 0, true));
     return cv::BFMatcher::create(cv::NORM_L2, false);
-}
-
-// ORB picks the pyramid level of a provided keypoint from its octave; a
-// record from elsewhere must not name a level that does not exist.
-void clamp_orb_octaves(std::vector<cv::KeyPoint> &kps) {
-    for (auto &kp : kps) kp.octave = std::clamp(kp.octave, 0, kOrbLevels - 1);
 }
 
 double rotation_of(const cv::Mat &h, bool *ok) {
@@ -74,7 +43,7 @@ double rotation_of(const cv::Mat &h, bool *ok) {
 
 Recogniser *create_recogniser(const PatternKeypoint *keypoints, int32_t count, uint32_t options,
                               const ImageBlock *reference, int32_t origin_x, int32_t origin_y) {
-    if (count < 3 || !keypoints) return nullptr;
+    if (count < 3 || !keypoints || exceeds_vision_budget(reference)) return nullptr;
     std::unique_ptr<Recogniser> rec(new (std::nothrow) Recogniser);
     if (!rec) return nullptr;
     rec->origin_x = origin_x;
@@ -85,11 +54,11 @@ Recogniser *create_recogniser(const PatternKeypoint *keypoints, int32_t count, u
         rec->pattern_keypoints.push_back(from_pattern_keypoint(keypoints[k]));
     const cv::Mat grey = image_block_to_grey(reference);
     if (grey.empty()) return rec.release(); // usable handle, but it never finds anything
-    const DetectorKind kind = detector_kind_of(options);
-    if (kind == DetectorKind::Orb) clamp_orb_octaves(rec->pattern_keypoints);
-    make_extractor(kind)->compute(grey, rec->pattern_keypoints, rec->pattern_descriptors);
-    slot_of(*rec, kind) = make_detector(kind);
-    if (slot_of(*rec, kind).empty()) return nullptr;
+    rec->kind = detector_kind_of(options);
+    if (!keypoints_usable(rec->pattern_keypoints, rec->kind, grey.size())) return nullptr;
+    make_extractor(rec->kind)->compute(grey, rec->pattern_keypoints, rec->pattern_descriptors);
+    rec->detector = make_detector(rec->kind);
+    if (rec->detector.empty()) return nullptr;
     return rec.release();
 }
 
@@ -107,73 +76,65 @@ std::vector<cv::DMatch> ratio_filter(const std::vector<std::vector<cv::DMatch>> 
     return kept;
 }
 
-void run_recogniser(const Recogniser &rec, const ImageBlock *frame, RecognitionResult *result) {
-    result->x = result->y = result->rotation = 0.0f;
+namespace {
+
+// The search behind run_recogniser; returns the status and fills x, y and
+// rotation as the options ask.
+int32_t recognise(const Recogniser &rec, const ImageBlock *frame, RecognitionResult &found) {
+    if (exceeds_vision_budget(frame)) return int32_t(VEXO_ERROR_NO_MEMORY);
     const cv::Mat grey = image_block_to_grey(frame);
-    if (grey.empty()) {
-        result->status = int32_t(VEXO_ERROR_NO_MEMORY);
-        return;
-    }
-    DetectorKind kind;
-    cv::Ptr<cv::Feature2D> detector;
-    if (!stored_detector(rec, &kind, &detector) || rec.pattern_descriptors.empty()) {
-        result->status = int32_t(VEXO_ERROR_NO_HANDLE);
-        return;
-    }
+    if (grey.empty()) return int32_t(VEXO_ERROR_NO_MEMORY);
+    if (rec.detector.empty() || rec.pattern_descriptors.empty())
+        return int32_t(VEXO_ERROR_NO_HANDLE);
     std::vector<cv::KeyPoint> frame_keypoints;
     cv::Mat frame_descriptors;
-    detector->detect(grey, frame_keypoints);
-    make_extractor(kind)->compute(grey, frame_keypoints, frame_descriptors);
+    rec.detector->detect(grey, frame_keypoints);
+    make_extractor(rec.kind)->compute(grey, frame_keypoints, frame_descriptors);
 
     std::vector<std::vector<cv::DMatch>> lists;
     // A frame without descriptors has nothing to match against.
     if (!frame_descriptors.empty())
-        make_matcher(kind, rec.options)
+        make_matcher(rec.kind, rec.options)
             ->knnMatch(rec.pattern_descriptors, frame_descriptors, lists, 2);
-    if (lists.empty()) {
-        result->status = int32_t(VEXO_ERROR_NO_HANDLE);
-        return;
-    }
+    if (lists.empty()) return int32_t(VEXO_ERROR_NO_HANDLE);
     const std::vector<cv::DMatch> kept =
         ratio_filter(lists, int(rec.pattern_keypoints.size()), int(frame_keypoints.size()));
-    if (kept.empty()) {
-        result->status = int32_t(VEXO_ERROR_NO_RATIO_MATCH);
-        return;
-    }
+    // Every kept match gives a point pair, so VEXO_ERROR_NO_POINT_PAIRS
+    // cannot follow once a match passed.
+    if (kept.empty()) return int32_t(VEXO_ERROR_NO_RATIO_MATCH);
     std::vector<cv::Point2f> pattern_points, frame_points;
     for (const auto &m : kept) {
         pattern_points.push_back(rec.pattern_keypoints[size_t(m.queryIdx)].pt);
         frame_points.push_back(frame_keypoints[size_t(m.trainIdx)].pt);
     }
-    if (pattern_points.empty()) {
-        result->status = int32_t(VEXO_ERROR_NO_POINT_PAIRS);
-        return;
-    }
     // Fewer than four pairs cannot fix a homography.
     cv::Mat h;
     if (pattern_points.size() >= 4) h = cv::findHomography(pattern_points, frame_points, 0, 3.0);
-    if (h.empty() || h.rows != 3 || h.cols != 3 || h.type() != CV_64F) {
-        result->status = int32_t(VEXO_ERROR_INVALID_PARAMETER);
-        return;
-    }
+    if (h.empty() || h.rows != 3 || h.cols != 3 || h.type() != CV_64F)
+        return int32_t(VEXO_ERROR_INVALID_PARAMETER);
     const auto H = [&h](int r, int c) { return h.at<double>(r, c); };
     if (rec.options & RECOGNISER_POSITION) {
-        // A product with H[2][2], not a division: hosts calibrated their
-        // offsets against exactly this figure.
-        result->x = float(H(0, 2) * H(2, 2) - rec.origin_x);
-        result->y = float(H(1, 2) * H(2, 2) - rec.origin_y);
+        // A product with H[2][2], not a division: hosts compare these
+        // figures bit for bit.
+        found.x = float(H(0, 2) * H(2, 2) - rec.origin_x);
+        found.y = float(H(1, 2) * H(2, 2) - rec.origin_y);
     }
     if (rec.options & RECOGNISER_ROTATION) {
         bool ok;
         const double az = rotation_of(h, &ok);
-        if (!ok) {
-            result->x = result->y = 0.0f;
-            result->status = int32_t(VEXO_ERROR_NO_MEMORY);
-            return;
-        }
-        result->rotation = float(az);
+        if (!ok) return int32_t(VEXO_ERROR_NO_MEMORY);
+        found.rotation = float(az);
     }
-    result->status = int32_t(VEXO_OK);
+    return int32_t(VEXO_OK);
+}
+
+} // namespace
+
+void run_recogniser(const Recogniser &rec, const ImageBlock *frame, RecognitionResult *result) {
+    RecognitionResult found{0.0f, 0.0f, 0.0f, 0};
+    found.status = recognise(rec, frame, found);
+    if (found.status != int32_t(VEXO_OK)) found.x = found.y = found.rotation = 0.0f;
+    *result = found;
 }
 
 } // namespace vexo

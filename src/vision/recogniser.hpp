@@ -13,16 +13,14 @@
 // The handle behind the C API's opaque Recogniser.
 struct Recogniser {
     std::vector<cv::KeyPoint> pattern_keypoints;
-    // Exactly one slot is filled once the pattern has descriptors; none
-    // when the reference image could not be read.
-    cv::Ptr<cv::Feature2D> sift;
-    cv::Ptr<cv::Feature2D> surf;
-    cv::Ptr<cv::Feature2D> orb;
-    cv::Mat pattern_descriptors; // one row per pattern keypoint
+    // Empty when the reference image could not be read: the handle then
+    // never finds anything.
+    cv::Ptr<cv::Feature2D> detector;
+    vexo::DetectorKind kind = vexo::DetectorKind::Orb; // of `detector`
+    cv::Mat pattern_descriptors;                       // one row per pattern keypoint
     int32_t origin_x = 0;
     int32_t origin_y = 0;
     uint32_t options = 0;
-    uint32_t reserved = 0;
 };
 
 namespace vexo {
@@ -30,14 +28,15 @@ namespace vexo {
 // Ratio a best match must stay strictly below, against the second best.
 constexpr double kMatchRatio = 0.75;
 
-// New recogniser, or NULL (fewer than 3 keypoints, no detector filled).
-// May throw (cv::Exception, std::bad_alloc).
+// New recogniser, or NULL (fewer than 3 keypoints, a reference above the
+// vision pixel budget, a keypoint the detector cannot use on the reference,
+// see keypoint_check.hpp).  May throw (cv::Exception, std::bad_alloc).
 Recogniser *create_recogniser(const PatternKeypoint *keypoints, int32_t count, uint32_t options,
                               const ImageBlock *reference, int32_t origin_x, int32_t origin_y);
 
-// Finds the pattern in the frame and fills result (status included).
-// May throw (cv::Exception, std::bad_alloc); result->status is then left
-// to the caller.
+// Finds the pattern in the frame and fills result (status included; x, y
+// and rotation 0 unless VEXO_OK).  May throw (cv::Exception,
+// std::bad_alloc); result is then left to the caller.
 void run_recogniser(const Recogniser &rec, const ImageBlock *frame, RecognitionResult *result);
 
 // Best matches that pass the ratio test; lists with fewer than two

@@ -55,6 +55,7 @@ TEST(ImageBlock, GreyIsTheSignedChannelSumOverThreeTruncatedAndUnusableBlocksAre
     constexpr int32_t kMax = vexo::kMaxImageSide;
     Frame widest(vt::noise(kMax, 1)); // the largest side accepted
     const vt::KeypointsPtr kps(vexo_prcg_alloc_keypoints(3));
+    for (int32_t k = 0; k < 3; ++k) kps.get()[k] = PatternKeypoint{1000 * k, 0, 2000, 0, 0, 0, 0};
     const vt::RecogniserPtr rec(
         vexo_prcg_create_recogniser(kps.get(), 3, RECOGNISER_SURF, widest.block(), 0, 0));
     const vt::CalibratorPtr cal = make(640, 480, nullptr);

@@ -160,8 +160,7 @@ TEST(PrcgFind, FindsThePatternForEveryDetectorAndMatcher) {
         const auto kps = teach(&taught);
         const RecogniserPtr rec = create(kps, int32_t(kps.size()), setup.options);
         ASSERT_NE(nullptr, rec) << setup.options;
-        EXPECT_TRUE((setup.options & RECOGNISER_DETECTOR_MASK) ||
-                    (!rec->orb.empty() && rec->sift.empty() && rec->surf.empty()));
+        EXPECT_EQ(vexo::detector_kind_of(setup.options), rec->kind) << setup.options;
         const bool x = setup.options & at, r = setup.options & turn;
         for (const auto &p : placements) {
             SCOPED_TRACE(testing::Message() << setup.options << " " << p.angle << " " << p.scale);
