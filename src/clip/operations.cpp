@@ -2,15 +2,9 @@
 #include <cmath>
 
 #include "clip/clip_handle.hpp"
+#include "clip/joins.hpp"
 
 namespace vexo {
-
-namespace {
-
-using ClipperLib::cInt;
-
-constexpr double kMiterLimit = 2.0;
-constexpr double kArcTolerance = 0.25;
 
 bool choose_join(uint32_t mode, ClipperLib::JoinType *join) {
     if (mode & VEXO_CLIP_JOIN_MITER)
@@ -23,6 +17,8 @@ bool choose_join(uint32_t mode, ClipperLib::JoinType *join) {
         return false;
     return true;
 }
+
+namespace {
 
 // The offset engine does no range test of its own before computing new
 // points in doubles and rounding them back to 64 bits, so a vertex beyond
