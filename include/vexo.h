@@ -669,6 +669,74 @@ VEXO_API uint32_t vexo_corr_adjust_single(CorrTable *table, const double *from, 
  * by 1, blending linearly.  VEXO_OK; 16 for a side above 3 or NULL. */
 VEXO_API uint32_t vexo_corr_set_spatial(CorrTable *table, uint8_t side, double factor);
 
+/* Scanner head geometry.  The beam meets the X mirror first, travels the
+ * mirror gap to the Y mirror, then the distance to the field plane; each
+ * mirror's surface contains its rotation axis, and the incoming beam meets
+ * the X axis.  Field coordinates: the undeflected beam lands at (0, 0), y
+ * along the Y mirror's sweep; an angle moves the spot the same way as its
+ * sign (positive X angle towards +x, positive Y angle towards +y).  Mirror
+ * angles are mechanical, in degrees (radians with the single-precision pi),
+ * 0 at the rest position; the beam turns by twice the mirror angle.
+ * Without an objective a spot at (x, y) needs the beam angles
+ *   ay = atan(y / d),  ax = atan(x / (e + sqrt(d^2 + y^2))).
+ * With an ideal f-theta objective (focal length f) the spot lies at
+ * f * theta from the centre, theta the beam's angle to the axis, in the
+ * azimuth of the beam; gap and distance then play no part. */
+typedef struct CorrBase {
+    double mirror_gap;   /* e: X mirror axis to Y mirror axis along the beam, >= 0 */
+    double distance;     /* d: Y mirror axis to the field plane; > 0 without objective */
+    double field_size;   /* F: side of the square field the table spans, > 0 */
+    double focal_length; /* f of an ideal f-theta objective, > 0; 0: none */
+    uint32_t options;    /* VEXO_CORR_BASE_ bits */
+    uint32_t reserved;   /* must be 0 */
+} CorrBase;              /* 40 bytes */
+
+/* set_base writes z: the beam's extra path length from the X mirror to the
+ * node over the axial path e + d, as -(extra / F) * 65535 (the units of
+ * vexo_corr_set_focal); 0 everywhere with an objective (its image field is
+ * flat). */
+#define VEXO_CORR_BASE_FOCUS 0x1u
+
+/* Fill table with the ideal correction of the head described by base.  Node
+ * (r, c) stands for the field position ((c - 32) / 64 * F, (r - 32) / 64 * F)
+ * (the neutral grid scaled to F); its x and y become the X and Y mirror
+ * angles that put the spot there, in output units proportional to angle:
+ * the largest angle of any node, on either mirror, maps to 32767.5, so the
+ * table never leaves the output range.  Both mirrors share that scale.
+ * z is written only with VEXO_CORR_BASE_FOCUS; flags are never touched.
+ * *full_scale (may be NULL) receives the mirror angle, degrees, that an
+ * output of 32767.5 stands for.  VEXO_OK; 16 NULL table or base, a value
+ * out of range or not finite, unknown option bits, reserved not 0;
+ * 24 a node the model cannot reach (beyond 90 degrees from the axis behind
+ * an objective) or angles that vanish or overflow.  On failure the table
+ * and *full_scale are untouched. */
+VEXO_API uint32_t vexo_corr_set_base(CorrTable *table, const CorrBase *base, double *full_scale);
+
+/* The mirror angles (degrees) that put the spot at field position (x, y),
+ * in the units of base's sizes.  VEXO_OK; 16 for NULL pointers, a bad
+ * record (as for vexo_corr_set_base) or a position not finite; 24 for a
+ * position the model cannot reach.  Nothing is written on failure. */
+VEXO_API uint32_t vexo_corr_calc_base_angles(const CorrBase *base, double x, double y,
+                                             double *angle_x, double *angle_y);
+
+/* vexo_corr_apply option: output values back to field positions. */
+#define VEXO_CORR_APPLY_INVERSE 0x1u
+
+/* Replace x and y of count points, field positions in a field of
+ * field_size (the table's node (r, c) at ((c - 32) / 64, (r - 32) / 64) *
+ * field_size), by the output values the table gives there: bilinear
+ * interpolation between the four nodes around the point, as a scanner card
+ * does; beyond the table's edge the edge cell's bilinear form continues.
+ * With VEXO_CORR_APPLY_INVERSE the points are output values and become the
+ * field positions the table sends there (Newton iteration on the same
+ * interpolation).  A coordinate that is not finite gives NaN x and y.  z,
+ * flags and padding stay.  VEXO_OK (also for count 0); 16 NULL table, NULL
+ * points with count > 0, field_size not finite or not above 0, unknown
+ * option bits; 24 an inverse that does not converge (a folded or singular
+ * table).  On failure no point is changed. */
+VEXO_API uint32_t vexo_corr_apply(const CorrTable *table, GeomPoint *points, uint32_t count,
+                                  double field_size, uint32_t options);
+
 /* ===========================================================================
  * calib: camera calibration
  * ========================================================================= */
@@ -971,6 +1039,13 @@ inline uint32_t vexo_corr_adjust_single(VexoTableArray &t, const double *from, c
 }
 inline uint32_t vexo_corr_set_spatial(VexoTableArray &t, uint8_t side, double factor) {
     return vexo_corr_set_spatial(vexo_as_table(t), side, factor);
+}
+inline uint32_t vexo_corr_set_base(VexoTableArray &t, const CorrBase *base, double *full_scale) {
+    return vexo_corr_set_base(vexo_as_table(t), base, full_scale);
+}
+inline uint32_t vexo_corr_apply(const VexoTableArray &t, GeomPoint *points, uint32_t count,
+                                double field_size, uint32_t options) {
+    return vexo_corr_apply(vexo_as_table(t), points, count, field_size, options);
 }
 #endif /* __cplusplus */
 

@@ -59,3 +59,9 @@ template <class Table> auto &at(Table &t, int r, int c) {
 }
 
 } // namespace vexo_test
+
+// Failing cases name a head's sizes, not its bytes (found by argument lookup).
+inline void PrintTo(const CorrBase &h, std::ostream *os) {
+    *os << "gap " << h.mirror_gap << ", distance " << h.distance << ", field " << h.field_size
+        << ", focal " << h.focal_length << ", options " << h.options;
+}
