@@ -2,20 +2,12 @@
 // The ideal two-mirror scanner head: field position <-> beam deflection
 // angles, with or without an f-theta objective, and the extra beam path a
 // dynamic focus must take up.  Callable from C++ (field calibration renders
-// its test images through position_from_angles).
+// its test images through position_for_angles).
 #pragma once
-
-#include <cstddef>
 
 #include "vexo.h"
 
 namespace vexo {
-
-static_assert(sizeof(CorrBase) == 40, "CorrBase is five 8-byte fields");
-static_assert(offsetof(CorrBase, mirror_gap) == 0 && offsetof(CorrBase, distance) == 8 &&
-                  offsetof(CorrBase, field_size) == 16 && offsetof(CorrBase, focal_length) == 24 &&
-                  offsetof(CorrBase, options) == 32 && offsetof(CorrBase, reserved) == 36,
-              "CorrBase field offsets");
 
 // Optical deflection of each mirror in radians: twice the mirror's own
 // turn, the sign of the spot's move.

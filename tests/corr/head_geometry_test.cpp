@@ -327,12 +327,3 @@ TEST(CorrBase, PositionNotFiniteIsRefused) {
     EXPECT_EQ(ax, -7);
     EXPECT_EQ(ay, -7);
 }
-
-TEST(CorrBase, RecordLayout) {
-    static_assert(sizeof(CorrBase) == 40, "five 8-byte fields");
-    EXPECT_EQ(offsetof(CorrBase, distance), 8u);
-    EXPECT_EQ(offsetof(CorrBase, field_size), 16u);
-    EXPECT_EQ(offsetof(CorrBase, focal_length), 24u);
-    EXPECT_EQ(offsetof(CorrBase, options), 32u);
-    EXPECT_EQ(offsetof(CorrBase, reserved), 36u);
-}
