@@ -5,7 +5,8 @@
 set -euo pipefail
 
 packages=(g++ make cmake pkg-config libopencv-dev libpolyclipping-dev libgtest-dev
-          libgmock-dev libbenchmark-dev clang libclang-rt-14-dev locales)
+          libgmock-dev libbenchmark-dev clang libclang-rt-14-dev locales
+          python3)
 
 missing=()
 for p in "${packages[@]}"; do
