@@ -1,16 +1,31 @@
 # SPDX-License-Identifier: MIT
 # Compare the dynamic symbols libvexo defines with the reference list, so the
-# ABI never changes by accident.  Update vexo.symbols deliberately.
+# ABI never changes by accident.  Update vexo.symbols deliberately.  Names
+# starting with a prefix in ABSENT (comma-separated: families left out of
+# the build) are dropped from the reference.  Every export must carry the
+# version node of MAP.
 execute_process(COMMAND nm -D --defined-only ${LIB}
                 OUTPUT_VARIABLE _nm RESULT_VARIABLE _rc)
 if(NOT _rc EQUAL 0)
   message(FATAL_ERROR "nm failed on ${LIB}")
 endif()
+file(STRINGS ${MAP} _node REGEX "^[A-Za-z0-9_.]+ *{")
+string(REGEX REPLACE " *{.*$" "" _node "${_node}")
+if(NOT _node)
+  message(FATAL_ERROR "no version node in ${MAP}")
+endif()
 string(REPLACE "\n" ";" _lines "${_nm}")
 set(_actual)
+set(_unversioned)
 foreach(_line ${_lines})
   if(_line MATCHES "^[0-9a-fA-F]+ [A-Za-z] (.+)$")
     set(_sym "${CMAKE_MATCH_1}")
+    if(_sym STREQUAL "${_node}")
+      continue() # the version node's own definition
+    endif()
+    if(NOT _sym MATCHES "@@${_node}$")
+      list(APPEND _unversioned "${_sym}")
+    endif()
     string(REGEX REPLACE "@.*$" "" _sym "${_sym}")
     list(APPEND _actual "${_sym}")
   endif()
@@ -18,6 +33,10 @@ endforeach()
 list(SORT _actual)
 list(REMOVE_DUPLICATES _actual)
 file(STRINGS ${REFERENCE} _expected)
+string(REPLACE "," ";" _absent "${ABSENT}")
+foreach(_prefix ${_absent})
+  list(FILTER _expected EXCLUDE REGEX "^${_prefix}")
+endforeach()
 list(SORT _expected)
 if(NOT "${_actual}" STREQUAL "${_expected}")
   set(_extra ${_actual})
@@ -27,4 +46,7 @@ if(NOT "${_actual}" STREQUAL "${_expected}")
   message(FATAL_ERROR "exported symbols differ from the reference\n"
                       "  not in the reference: ${_extra}\n  missing: ${_missing}")
 endif()
-message(STATUS "exported symbols match the reference (${REFERENCE})")
+if(_unversioned)
+  message(FATAL_ERROR "exports without the version node ${_node}: ${_unversioned}")
+endif()
+message(STATUS "exported symbols match the reference (${REFERENCE}), all at ${_node}")
