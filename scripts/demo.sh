@@ -6,7 +6,10 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
-bash scripts/build.sh >/dev/null
+# Only what the demo runs: the library, the tool and the examples (the test
+# command builds the tests and benchmarks).
+echo "demo: building the library, the vexo tool and the examples"
+bash scripts/build.sh vexo_tool vexo_examples >/dev/null
 vexo=./build/tools/vexo
 out=out/demo
 mkdir -p "$out"
@@ -20,8 +23,8 @@ run corr convert "$out/scaled.kxo" "$out/scaled.cor" --field 110
 run corr diff "$out/scaled.kxo" "$out/scaled.cor"
 run corr plot "$out/sample.kxo" "$out/sample.png" --size 900
 echo
-echo "The point-array example:"
-./build/examples/vexo_dots_example
+echo "The point-array example (examples/dots.c):"
+./build/examples/vexo_example_dots
 echo
 echo "Outputs are in $(pwd)/$out:"
 ls -l "$out"
