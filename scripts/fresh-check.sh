@@ -33,6 +33,7 @@ if ! command -v debootstrap >/dev/null; then
 fi
 
 root=$(mktemp -d /var/tmp/vexo-fresh.XXXXXX)
+chmod 0755 "$root" # the root directory of a system, readable by apt's own user
 mounted=()
 cleanup() {
     local status=$? m i
