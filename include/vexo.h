@@ -315,11 +315,12 @@ VEXO_API GeomPoint *vexo_geom_create_circle(double radius, const GeomPoint *cent
 /* A spiral between `inner` and `outer` radius with `pitch` per turn and
  * roughly constant point spacing, running inward (or outward when outward is
  * non-zero), clockwise (or counter-clockwise when reverse is non-zero).
- * `count` is required.  Returns a new array or NULL (no point, or allocation
- * failure; *count then holds the points written before it).  Radii the walk
- * cannot reach are refused before any point is made (NULL, *count 0): a
- * radius that is not finite, a negative inner radius going outward, an inner
- * radius below -max(outer, 0.0001) going inward. */
+ * `count` is required.  Returns a new array (free with vexo_geom_release)
+ * or NULL (no point, or allocation failure; *count then holds the points
+ * written before it).  Radii the walk cannot reach are refused before any
+ * point is made (NULL, *count 0): a radius that is not finite, a negative
+ * inner radius going outward, an inner radius below -max(outer, 0.0001)
+ * going inward. */
 VEXO_API GeomPoint *vexo_geom_create_spiral(double inner, double outer, const GeomPoint *centre,
                                             double start, double pitch, uint32_t steps,
                                             uint8_t reverse, uint8_t outward, uint32_t *count);
@@ -485,8 +486,9 @@ typedef struct ClipHandle ClipHandle;
 #define VEXO_CLIP_JOIN_SQUARE 0x04u /* vexo_clip_outline */
 #define VEXO_CLIP_2D 0x10u          /* conversion: z = 0 for every point */
 
-/* New handle whose subject holds `points`; NULL when count is 0, points is
- * NULL, a coordinate is out of range or memory runs out. */
+/* New handle whose subject holds `points` (destroy with vexo_clip_release);
+ * NULL when count is 0, points is NULL, a coordinate is out of range or
+ * memory runs out. */
 VEXO_API ClipHandle *vexo_clip_create(const GeomPoint *points, uint32_t count, uint32_t mode);
 /* Destroy a handle; NULL ignored. */
 VEXO_API void vexo_clip_release(ClipHandle *clip);
@@ -505,10 +507,11 @@ VEXO_API uint32_t vexo_clip_bool(ClipHandle *clip, const GeomPoint *points, uint
  * is out of range; VEXO_ERROR_NO_MEMORY.  The subject is kept. */
 VEXO_API uint32_t vexo_clip_outline(ClipHandle *clip, uint32_t mode, double distance);
 /* The result paths as a new array, each path closed by a copy of its first
- * point flagged VEXO_POINT_END; z comes from subject path 0.  NULL with
- * *count = 0 when the result is empty. */
+ * point flagged VEXO_POINT_END; z comes from subject path 0 (free with
+ * vexo_geom_release).  NULL with *count = 0 when the result is empty. */
 VEXO_API GeomPoint *vexo_clip_get_result(const ClipHandle *clip, uint32_t *count);
-/* The subject paths, as vexo_clip_get_result. */
+/* The subject paths as a new array, as vexo_clip_get_result (free with
+ * vexo_geom_release). */
 VEXO_API GeomPoint *vexo_clip_get_subject(const ClipHandle *clip, uint32_t *count);
 /* The result becomes the subject; the result is emptied.  VEXO_OK, or
  * VEXO_ERROR_INVALID_PARAMETER for a NULL handle or an empty result. */
@@ -516,8 +519,9 @@ VEXO_API uint32_t vexo_clip_set_solution(ClipHandle *clip);
 /* The result is replaced by a copy of the subject.  VEXO_OK, or
  * VEXO_ERROR_INVALID_PARAMETER for a NULL handle; VEXO_ERROR_NO_MEMORY. */
 VEXO_API uint32_t vexo_clip_copy_subject(ClipHandle *clip);
-/* New handle whose subject is a copy of this handle's result; NULL for a NULL
- * handle, an empty result or on allocation failure. */
+/* New handle whose subject is a copy of this handle's result (destroy with
+ * vexo_clip_release); NULL for a NULL handle, an empty result or on
+ * allocation failure. */
 VEXO_API ClipHandle *vexo_clip_copy_solution(const ClipHandle *clip);
 
 /* ===========================================================================
@@ -569,10 +573,13 @@ VEXO_API uint32_t vexo_corr_get_corr_head(CorrHead *head);
 /* Load a correction file into table (set neutral first).  format is a
  * VEXO_CORR_FORMAT_ number, or 0 to recognise the extension by substring
  * (".scor" before ".cor" before ".crt", ".ucf", ".ctb", ".ct5", ".gcd",
- * ".kxo", ".xml", ".txt", ".fcr"; lower then upper case).  VEXO_OK, or
- * 7 invalid data (also: a file over 64 MiB), 11 no memory, 16 NULL argument,
- * 19 cannot open (also: not a regular file, e.g. a folder), 21 short file,
- * 25 missing header, 34 unknown format.  On failure the table may hold
+ * ".kxo", ".xml", ".txt", ".fcr"; lower then upper case; the first found
+ * wins, and vexo_corr_load_ex reports the format chosen).  VEXO_OK, or
+ * VEXO_ERROR_INVALID_DATA (also: a file over 64 MiB), VEXO_ERROR_NO_MEMORY,
+ * VEXO_ERROR_INVALID_PARAMETER for a NULL argument, VEXO_ERROR_OPEN_FILE
+ * (also: not a regular file, e.g. a folder), VEXO_ERROR_READ_FILE for a
+ * short file, VEXO_ERROR_INVALID_HEADER for a missing header,
+ * VEXO_ERROR_UNKNOWN_FORMAT.  On failure the table may hold
  * values read so far.  The header (vexo_corr_get_corr_head) is zeroed at
  * the start and only a kxo file, even a truncated one, fills it. */
 VEXO_API uint32_t vexo_corr_load_corr65(CorrTable *table, const char *path, uint32_t format);
@@ -580,19 +587,21 @@ VEXO_API uint32_t vexo_corr_load_corr65(CorrTable *table, const char *path, uint
 /* Write table as a 50,712-byte big-endian kxo file with head's tag and value
  * (version 1, header size 12, reserved bytes 0).  Each coordinate is stored
  * as round((w + 32767.5) * 30000) saturated to int32, NaN as 0.
- * VEXO_OK, 16 NULL argument, 19 cannot open, 20 short write or close. */
+ * VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for a NULL argument,
+ * VEXO_ERROR_OPEN_FILE when the file cannot be created, VEXO_ERROR_WRITE_FILE
+ * for a short write or a failed close. */
 VEXO_API uint32_t vexo_corr_save_kxo(const CorrTable *table, const char *path,
                                      const CorrHead *head);
 
 /* Write table as a ".ctb" file: Y then X planes of little-endian u16,
  * column-major, value = x + 32767.5 rounded half away from zero and clamped
- * to 0..65535.  VEXO_OK, 16, 19, 20. */
+ * to 0..65535.  Statuses as vexo_corr_save_kxo. */
 VEXO_API uint32_t vexo_corr_save_ctb(const CorrTable *table, const char *path);
 
 /* Write table as a "JCZ_COR_2_1" ".cor" file (33,840 bytes): label, f64
  * `scale` (galvo units per mm, 0 when unknown), 65x65 little-endian i32
  * delta pairs (neutral - cell, x then y) row by row, 4-byte zero trailer.
- * VEXO_OK, 16, 19, 20. */
+ * Statuses as vexo_corr_save_kxo. */
 VEXO_API uint32_t vexo_corr_save_cor(const CorrTable *table, const char *path, double scale);
 
 /* What a correction file holds beside the grid, per call: filled by
@@ -632,8 +641,11 @@ VEXO_API uint32_t vexo_corr_load_ex(CorrTable *table, const char *path, uint32_t
  * extension rule of vexo_corr_load_corr65) with what info (may be NULL:
  * zero header, scale 0, no trailer) carries: kxo the header's tag and
  * value, ".cor" the scale when VEXO_CORR_INFO_SCALE is set, ".ctb" the
- * trailer when VEXO_CORR_INFO_TRAILER is set.  VEXO_OK, 16 NULL table or
- * path, 34 a format that cannot be written, 11, 19, 20 as the writers. */
+ * trailer when VEXO_CORR_INFO_TRAILER is set.  VEXO_OK;
+ * VEXO_ERROR_INVALID_PARAMETER for a NULL table or path;
+ * VEXO_ERROR_UNKNOWN_FORMAT for a format that cannot be written;
+ * VEXO_ERROR_NO_MEMORY, VEXO_ERROR_OPEN_FILE, VEXO_ERROR_WRITE_FILE as the
+ * writers. */
 VEXO_API uint32_t vexo_corr_save_ex(const CorrTable *table, const char *path, uint32_t format,
                                     const CorrFileInfo *info);
 
@@ -643,30 +655,35 @@ VEXO_API void vexo_corr_release_info(CorrFileInfo *info);
 /* Fill table from an n x n grid of measured and nominal positions (cell
  * (a, b) at a*n + b, x and y read) given in a field of size `range`:
  * pre-distort, normalise to the output range, resample bilinearly.  z and
- * flags end 0.  VEXO_OK; 16 NULL table or grid; 11 n*n is 0 or too large. */
+ * flags end 0.  VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for a NULL table or
+ * grid; VEXO_ERROR_NO_MEMORY when n*n is 0 or too large. */
 VEXO_API uint32_t vexo_corr_interpolate(uint32_t n, const GeomPoint *measured,
                                         const GeomPoint *nominal, double range, CorrTable *table);
 
 /* Shrink (scale < 1) or enlarge the field near the centre while the rim at
- * radius 32767.5*scale stays put.  VEXO_OK; 16 for NULL or scale 0. */
+ * radius 32767.5*scale stays put.  VEXO_OK; VEXO_ERROR_INVALID_PARAMETER
+ * for NULL or scale 0. */
 VEXO_API uint32_t vexo_corr_set_scale(CorrTable *table, double scale);
 
 /* Recompute z for a flat field under a lens of focal_length over a field of
- * field_size, rescaled to target_size.  VEXO_OK; 16 for NULL or a
- * field_size of 0 (table unchanged). */
+ * field_size, rescaled to target_size.  VEXO_OK;
+ * VEXO_ERROR_INVALID_PARAMETER for NULL or a field_size of 0 (table
+ * unchanged). */
 VEXO_API uint32_t vexo_corr_set_focal(CorrTable *table, double focal_length, double field_size,
                                       double target_size);
 
 /* A mark meant for `to` landed at `from` (x, y each, output units): move the
  * nodes within |to - from| * radius_factor of `to` against the error,
  * weighted linearly.  mode 3: single nodes in X and Y; bit 0: Y along rows;
- * bit 1: X along columns.  VEXO_OK; 16 for NULL. */
+ * bit 1: X along columns.  VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for
+ * NULL. */
 VEXO_API uint32_t vexo_corr_adjust_single(CorrTable *table, const double *from, const double *to,
                                           double radius_factor, int32_t mode);
 
 /* Trapezoid correction: scale one side (0: last row in X, 1: first column in
  * Y, 2: last column in Y, 3: first row in X) by `factor`, the opposite side
- * by 1, blending linearly.  VEXO_OK; 16 for a side above 3 or NULL. */
+ * by 1, blending linearly.  VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for a
+ * side above 3 or NULL. */
 VEXO_API uint32_t vexo_corr_set_spatial(CorrTable *table, uint8_t side, double factor);
 
 /* Scanner head geometry.  The beam meets the X mirror first, travels the
@@ -741,8 +758,14 @@ VEXO_API uint32_t vexo_corr_apply(const CorrTable *table, GeomPoint *points, uin
  * calib: camera calibration
  * ========================================================================= */
 
+/* ImageBlock.format values.  The unprefixed IMAGE_FORMAT_, CALIB_ and
+ * RECOGNISER_ names are the ones the hosts' record formats define, so they
+ * stay as they are; each has a VEXO_-prefixed alias for code that keeps to
+ * the library's prefix. */
 #define IMAGE_FORMAT_RGB24 1u
 #define IMAGE_FORMAT_GREY8 17u
+#define VEXO_IMAGE_FORMAT_RGB24 IMAGE_FORMAT_RGB24
+#define VEXO_IMAGE_FORMAT_GREY8 IMAGE_FORMAT_GREY8
 #define VEXO_IMAGE_KIND 2u
 #define VEXO_IMAGE_HEADER_SIZE 32u
 
@@ -767,7 +790,9 @@ typedef struct ImageBlock {
  * no such limit. */
 #define VEXO_VISION_MAX_PIXELS 8388608
 
+/* CalibrationRecord.options bit (see the note on unprefixed names above). */
 #define CALIB_OPTION_TOP_DOWN 0x01u
+#define VEXO_CALIB_OPTION_TOP_DOWN CALIB_OPTION_TOP_DOWN
 
 /* Calibration exchange record (216 bytes).  Every double is stored as an
  * 8-byte block (IEEE 754 binary64, big-endian; see vexo_util_dbl_to_block). */
@@ -786,8 +811,9 @@ typedef struct CalibrationRecord {
 /* Opaque calibrator handle. */
 typedef struct Calibrator Calibrator;
 
-/* New calibrator from a record (size clamped to 80..8192 x 60..8192); NULL
- * for a NULL record or on allocation failure. */
+/* New calibrator from a record (size clamped to 80..8192 x 60..8192;
+ * destroy with vexo_calib_release_calibrator); NULL for a NULL record or on
+ * allocation failure. */
 VEXO_API Calibrator *vexo_calib_create_calibrator(const CalibrationRecord *record);
 /* Rectify one frame in place: grey, warped by the record's perspective (or
  * left unwarped when it has none), flipped vertically unless
@@ -795,8 +821,9 @@ VEXO_API Calibrator *vexo_calib_create_calibrator(const CalibrationRecord *recor
  * calibrator width x height bytes written from byte 32 (width and height
  * fields unchanged).  A frame smaller than the calibrator lowers the
  * calibrator size for good, so the output never exceeds the frame.
- * VEXO_OK; 9 NULL calibrator; 11 NULL or unusable image (kind not 2, format
- * not RGB24/GREY8, width or height <= 0 or absurd), the block untouched.
+ * VEXO_OK; VEXO_ERROR_NO_HANDLE for a NULL calibrator; VEXO_ERROR_NO_MEMORY
+ * for a NULL or unusable image (kind not VEXO_IMAGE_KIND, format not RGB24
+ * or GREY8, width or height <= 0 or absurd), the block untouched.
  * One calibrator must not be started from two threads at once. */
 VEXO_API int32_t vexo_calib_start_calibrator(Calibrator *cal, ImageBlock *image);
 /* Destroy a calibrator; NULL ignored. */
@@ -829,7 +856,8 @@ typedef struct PatternKeypoint {
     int32_t class_id;
 } PatternKeypoint;
 
-/* Recogniser option word. */
+/* Recogniser option word; the unprefixed names are fixed by the hosts'
+ * record formats (see IMAGE_FORMAT_), each with a VEXO_ alias. */
 #define RECOGNISER_SIFT 0x0100u
 #define RECOGNISER_SURF 0x0200u
 #define RECOGNISER_ORB 0x0400u
@@ -838,6 +866,14 @@ typedef struct PatternKeypoint {
 #define RECOGNISER_MATCHER_MASK 0x000Fu
 #define RECOGNISER_POSITION 0x0010u
 #define RECOGNISER_ROTATION 0x0020u
+#define VEXO_RECOGNISER_SIFT RECOGNISER_SIFT
+#define VEXO_RECOGNISER_SURF RECOGNISER_SURF
+#define VEXO_RECOGNISER_ORB RECOGNISER_ORB
+#define VEXO_RECOGNISER_DETECTOR_MASK RECOGNISER_DETECTOR_MASK
+#define VEXO_RECOGNISER_FLANN RECOGNISER_FLANN
+#define VEXO_RECOGNISER_MATCHER_MASK RECOGNISER_MATCHER_MASK
+#define VEXO_RECOGNISER_POSITION RECOGNISER_POSITION
+#define VEXO_RECOGNISER_ROTATION RECOGNISER_ROTATION
 
 /* Statuses of vexo_prcg_start_recogniser beyond the common ones. */
 #define VEXO_ERROR_NO_RATIO_MATCH 0x10000009u /* no match passed the ratio test */
@@ -848,7 +884,9 @@ typedef struct RecognitionResult {
     float x; /* pattern origin in the frame, pixels */
     float y;
     float rotation; /* degrees */
-    int32_t status; /* VEXO_OK, 9, 11, 16, VEXO_ERROR_NO_RATIO_MATCH, ..._POINT_PAIRS */
+    int32_t status; /* VEXO_OK, VEXO_ERROR_NO_HANDLE, VEXO_ERROR_NO_MEMORY,
+                       VEXO_ERROR_INVALID_PARAMETER, VEXO_ERROR_NO_RATIO_MATCH,
+                       VEXO_ERROR_NO_POINT_PAIRS */
 } RecognitionResult;
 
 /* Opaque recogniser handle. */
@@ -864,13 +902,14 @@ typedef struct Recogniser Recogniser;
 VEXO_API PatternKeypoint *vexo_prcg_gen_keypoints(const ImageBlock *image, int32_t *count,
                                                   uint32_t *options, int32_t left, int32_t top,
                                                   int32_t right, int32_t bottom);
-/* count zeroed keypoints, or NULL. */
+/* count zeroed keypoints (free with vexo_prcg_release_keypoints), or NULL. */
 VEXO_API PatternKeypoint *vexo_prcg_alloc_keypoints(uint32_t count);
 /* Free a keypoint array; NULL ignored. */
 VEXO_API void vexo_prcg_release_keypoints(PatternKeypoint *keypoints);
 
 /* New recogniser for `count` (>= 3) keypoints taught on `reference`; the
- * origin is subtracted from reported positions.  NULL on failure, for a
+ * origin is subtracted from reported positions.  Destroy with
+ * vexo_prcg_release_recogniser.  NULL on failure, for a
  * reference above VEXO_VISION_MAX_PIXELS, and for a set with any keypoint
  * the detector cannot use (the whole set is refused, none is dropped):
  * every keypoint needs x and y inside the reference image (0 <= x/1000 <
@@ -909,15 +948,17 @@ VEXO_API double vexo_util_block_to_dbl(const uint8_t *in);
 /* Store `size` bytes under (name, MD5 of key) in the user's data folder
  * (".vexo_rtdata"; on POSIX under $XDG_DATA_HOME or ~/.local/share, created
  * with mode 0700).  The file is "<name>.<32 upper-case hex digits>".
- * VEXO_OK; 16 NULL name, NULL key with key_length > 0, NULL data with
- * size > 0, or a name containing '/' or '\'; 18 cannot open; 20 short
- * write. */
+ * VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for a NULL name, NULL key with
+ * key_length > 0, NULL data with size > 0, or a name containing '/' or
+ * '\'; VEXO_ERROR_FILE_ACCESS when the file cannot be opened;
+ * VEXO_ERROR_WRITE_FILE for a short write. */
 VEXO_API uint32_t vexo_util_save_runtime_data(const char *name, const uint8_t *key,
                                               uint32_t key_length, const uint8_t *data,
                                               uint32_t size);
 /* Read `size` bytes stored under (name, key) into buffer (a longer file is
- * fine).  VEXO_OK; 16 as for saving; 18 no such file; 21 file shorter than
- * size (the bytes it had are in buffer). */
+ * fine).  VEXO_OK; VEXO_ERROR_INVALID_PARAMETER as for saving;
+ * VEXO_ERROR_FILE_ACCESS when there is no such file; VEXO_ERROR_READ_FILE
+ * for a file shorter than size (the bytes it had are in buffer). */
 VEXO_API uint32_t vexo_util_load_runtime_data(const char *name, const uint8_t *key,
                                               uint32_t key_length, uint8_t *buffer, uint32_t size);
 /* true for the group entity types 4, 8, 9, 10, 11, 16, 17. */
