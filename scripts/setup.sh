@@ -6,7 +6,7 @@ set -euo pipefail
 
 packages=(g++ make cmake pkg-config libopencv-dev libpolyclipping-dev libgtest-dev
           libgmock-dev libbenchmark-dev clang libclang-rt-14-dev locales
-          python3)
+          python3 clang-format clang-tidy)
 
 missing=()
 for p in "${packages[@]}"; do
