@@ -874,6 +874,11 @@ typedef struct PatternKeypoint {
 #define VEXO_RECOGNISER_MATCHER_MASK RECOGNISER_MATCHER_MASK
 #define VEXO_RECOGNISER_POSITION RECOGNISER_POSITION
 #define VEXO_RECOGNISER_ROTATION RECOGNISER_ROTATION
+/* Fit the homography robustly (RANSAC, reprojection threshold 3.0 pixels)
+ * instead of by least squares over every match.  Read only by
+ * vexo_prcg_start_recogniser2; vexo_prcg_start_recogniser always fits by
+ * least squares. */
+#define VEXO_RECOGNISER_ROBUST 0x0040u
 
 /* Statuses of vexo_prcg_start_recogniser beyond the common ones. */
 #define VEXO_ERROR_NO_RATIO_MATCH 0x10000009u /* no match passed the ratio test */
@@ -929,6 +934,39 @@ VEXO_API void vexo_prcg_start_recogniser(Recogniser *rec, const ImageBlock *fram
                                          RecognitionResult *result);
 /* Destroy a recogniser; NULL ignored. */
 VEXO_API void vexo_prcg_release_recogniser(Recogniser *rec);
+
+/* Filled by vexo_prcg_start_recogniser2 (120 bytes). */
+typedef struct RecognitionReport {
+    double x;             /* where the reference image's (0, 0) lands in the frame, less */
+    double y;             /* the recogniser's origin, pixels (H applied and divided by w) */
+    double rotation;      /* degrees, as vexo_prcg_start_recogniser reports it */
+    double scale;         /* mean linear scale: sqrt(area ratio) of the pattern box */
+    uint32_t matches;     /* matches that passed the ratio test */
+    uint32_t inliers;     /* matches the fit kept (all of them without ROBUST) */
+    uint32_t status;      /* also the return value */
+    uint32_t reserved;    /* 0 */
+    double homography[9]; /* pattern (reference pixels) -> frame, row-major */
+} RecognitionReport;
+
+/* Find the pattern in `frame` and report the whole fit.  The homography is
+ * fitted by least squares over every match, or with VEXO_RECOGNISER_ROBUST
+ * in the recogniser's option word or in `options` (no other bit of
+ * `options` is read) by RANSAC.  The pattern box (the rectangle around the
+ * taught keypoints) is then mapped into the frame: its corners must lie in
+ * front of the camera and form a convex quadrilateral of the same
+ * orientation (not folded, not mirrored), and the image of its centre must
+ * lie inside the frame; x, y, rotation and scale are always filled on
+ * success, whatever the POSITION and ROTATION bits say.
+ * Returns the status, also stored in report->status: VEXO_OK; 9 NULL
+ * recogniser or nothing to match; 11 frame unreadable; 16 no homography
+ * (fewer than 4 matches, or no fit); VEXO_ERROR_NO_RATIO_MATCH;
+ * VEXO_ERROR_NO_POINT_PAIRS; VEXO_ERROR_NO_RESULT a homography that folds,
+ * mirrors or puts the pattern outside the frame.  Unless VEXO_OK, x, y,
+ * rotation and scale are 0; matches, inliers and homography keep what was
+ * reached (0 before it).  A NULL report: VEXO_ERROR_INVALID_PARAMETER and
+ * nothing is done. */
+VEXO_API uint32_t vexo_prcg_start_recogniser2(Recogniser *rec, const ImageBlock *frame,
+                                              uint32_t options, RecognitionReport *report);
 
 /* ===========================================================================
  * util: version, double blocks, runtime data, entity predicates

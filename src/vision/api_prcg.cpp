@@ -6,6 +6,7 @@
 #include "vexo.h"
 #include "vision/keypoints.hpp"
 #include "vision/recogniser.hpp"
+#include "vision/recognition_report.hpp"
 
 extern "C" {
 
@@ -57,6 +58,22 @@ VEXO_API void vexo_prcg_start_recogniser(Recogniser *rec, const ImageBlock *fram
         result->x = result->y = result->rotation = 0.0f;
         result->status = int32_t(failure);
     }
+}
+
+VEXO_API uint32_t vexo_prcg_start_recogniser2(Recogniser *rec, const ImageBlock *frame,
+                                              uint32_t options, RecognitionReport *report) {
+    if (!report) return VEXO_ERROR_INVALID_PARAMETER;
+    *report = RecognitionReport{};
+    if (!rec) return report->status = VEXO_ERROR_NO_HANDLE;
+    const uint32_t failure = vexo::guard_status([&] {
+        vexo::run_recogniser_report(*rec, frame, options, report);
+        return uint32_t(VEXO_OK);
+    });
+    if (failure != VEXO_OK) {
+        *report = RecognitionReport{};
+        report->status = failure;
+    }
+    return report->status;
 }
 
 VEXO_API void vexo_prcg_release_recogniser(Recogniser *rec) {

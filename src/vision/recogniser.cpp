@@ -22,7 +22,9 @@ cv::Ptr<cv::DescriptorMatcher> make_matcher(DetectorKind kind, uint32_t options)
     return cv::BFMatcher::create(cv::NORM_L2, false);
 }
 
-double rotation_of(const cv::Mat &h, bool *ok) {
+} // namespace
+
+double homography_rotation(const cv::Mat &h, bool *ok) {
     GeomMatrix *m = vexo_matrix_create();
     if (!m) {
         *ok = false;
@@ -38,8 +40,6 @@ double rotation_of(const cv::Mat &h, bool *ok) {
     *ok = true;
     return az;
 }
-
-} // namespace
 
 Recogniser *create_recogniser(const PatternKeypoint *keypoints, int32_t count, uint32_t options,
                               const ImageBlock *reference, int32_t origin_x, int32_t origin_y) {
@@ -76,16 +76,12 @@ std::vector<cv::DMatch> ratio_filter(const std::vector<std::vector<cv::DMatch>> 
     return kept;
 }
 
-namespace {
-
-// The search behind run_recogniser; returns the status and fills x, y and
-// rotation as the options ask.
-int32_t recognise(const Recogniser &rec, const ImageBlock *frame, RecognitionResult &found) {
-    if (exceeds_vision_budget(frame)) return int32_t(VEXO_ERROR_NO_MEMORY);
+uint32_t match_pattern(const Recogniser &rec, const ImageBlock *frame, MatchedPairs *pairs) {
+    if (exceeds_vision_budget(frame)) return VEXO_ERROR_NO_MEMORY;
     const cv::Mat grey = image_block_to_grey(frame);
-    if (grey.empty()) return int32_t(VEXO_ERROR_NO_MEMORY);
-    if (rec.detector.empty() || rec.pattern_descriptors.empty())
-        return int32_t(VEXO_ERROR_NO_HANDLE);
+    if (grey.empty()) return VEXO_ERROR_NO_MEMORY;
+    pairs->frame_size = grey.size();
+    if (rec.detector.empty() || rec.pattern_descriptors.empty()) return VEXO_ERROR_NO_HANDLE;
     std::vector<cv::KeyPoint> frame_keypoints;
     cv::Mat frame_descriptors;
     rec.detector->detect(grey, frame_keypoints);
@@ -96,20 +92,30 @@ int32_t recognise(const Recogniser &rec, const ImageBlock *frame, RecognitionRes
     if (!frame_descriptors.empty())
         make_matcher(rec.kind, rec.options)
             ->knnMatch(rec.pattern_descriptors, frame_descriptors, lists, 2);
-    if (lists.empty()) return int32_t(VEXO_ERROR_NO_HANDLE);
+    if (lists.empty()) return VEXO_ERROR_NO_HANDLE;
     const std::vector<cv::DMatch> kept =
         ratio_filter(lists, int(rec.pattern_keypoints.size()), int(frame_keypoints.size()));
     // Every kept match gives a point pair, so VEXO_ERROR_NO_POINT_PAIRS
     // cannot follow once a match passed.
-    if (kept.empty()) return int32_t(VEXO_ERROR_NO_RATIO_MATCH);
-    std::vector<cv::Point2f> pattern_points, frame_points;
+    if (kept.empty()) return VEXO_ERROR_NO_RATIO_MATCH;
     for (const auto &m : kept) {
-        pattern_points.push_back(rec.pattern_keypoints[size_t(m.queryIdx)].pt);
-        frame_points.push_back(frame_keypoints[size_t(m.trainIdx)].pt);
+        pairs->pattern.push_back(rec.pattern_keypoints[size_t(m.queryIdx)].pt);
+        pairs->frame.push_back(frame_keypoints[size_t(m.trainIdx)].pt);
     }
+    return VEXO_OK;
+}
+
+namespace {
+
+// The search behind run_recogniser; returns the status and fills x, y and
+// rotation as the options ask.
+int32_t recognise(const Recogniser &rec, const ImageBlock *frame, RecognitionResult &found) {
+    MatchedPairs pairs;
+    const uint32_t matched = match_pattern(rec, frame, &pairs);
+    if (matched != VEXO_OK) return int32_t(matched);
     // Fewer than four pairs cannot fix a homography.
     cv::Mat h;
-    if (pattern_points.size() >= 4) h = cv::findHomography(pattern_points, frame_points, 0, 3.0);
+    if (pairs.pattern.size() >= 4) h = cv::findHomography(pairs.pattern, pairs.frame, 0, 3.0);
     if (h.empty() || h.rows != 3 || h.cols != 3 || h.type() != CV_64F)
         return int32_t(VEXO_ERROR_INVALID_PARAMETER);
     const auto H = [&h](int r, int c) { return h.at<double>(r, c); };
@@ -121,7 +127,7 @@ int32_t recognise(const Recogniser &rec, const ImageBlock *frame, RecognitionRes
     }
     if (rec.options & RECOGNISER_ROTATION) {
         bool ok;
-        const double az = rotation_of(h, &ok);
+        const double az = homography_rotation(h, &ok);
         if (!ok) return int32_t(VEXO_ERROR_NO_MEMORY);
         found.rotation = float(az);
     }

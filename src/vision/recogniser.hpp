@@ -44,4 +44,20 @@ void run_recogniser(const Recogniser &rec, const ImageBlock *frame, RecognitionR
 std::vector<cv::DMatch> ratio_filter(const std::vector<std::vector<cv::DMatch>> &lists,
                                      int query_rows, int train_rows);
 
+// Pattern points and the frame points matched to them, in match order.
+struct MatchedPairs {
+    std::vector<cv::Point2f> pattern;
+    std::vector<cv::Point2f> frame;
+    cv::Size frame_size;
+};
+
+// The steps every start shares: grey frame, detection, description,
+// matching and the ratio test.  VEXO_OK with at least one pair, or the
+// failure status.  May throw (cv::Exception, std::bad_alloc).
+uint32_t match_pattern(const Recogniser &rec, const ImageBlock *frame, MatchedPairs *pairs);
+
+// Rotation (degrees) read from a 3x3 CV_64F homography by the matrix
+// decomposition; *ok false when no matrix could be made.
+double homography_rotation(const cv::Mat &h, bool *ok);
+
 } // namespace vexo
