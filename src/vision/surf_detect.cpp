@@ -39,21 +39,33 @@ bool plan_octave(int octave, int layers, int width, int height, OctaveGrid *grid
     return grid->c1 - grid->c0 >= 2 && grid->r1 - grid->r0 >= 2;
 }
 
-float hessian_determinant(const IntegralImage &ii, int x, int y, int size) {
+} // namespace
+
+float surf_hessian_response(const IntegralImage &ii, int x, int y, int size) {
     const int lobe = size / 3;
     const int border = (size - 1) / 2;
     const int half_lobe = (lobe - 1) / 2;
+    // Dxx and Dyy: three lobes of lobe x (2 lobe - 1) weighted 1, -2, 1,
+    // taken as the whole band minus 3 times the middle lobe.
     const float dyy = ii.box(y - border, x - lobe + 1, y + border + 1, x + lobe) -
                       3.0f * ii.box(y - half_lobe, x - lobe + 1, y + half_lobe + 1, x + lobe);
     const float dxx = ii.box(y - lobe + 1, x - border, y + lobe, x + border + 1) -
                       3.0f * ii.box(y - lobe + 1, x - half_lobe, y + lobe, x + half_lobe + 1);
+    // Dxy: four lobe x lobe squares round the centre pixel's row and column.
     const float dxy =
         ii.box(y - lobe, x - lobe, y, x) + ii.box(y + 1, x + 1, y + lobe + 1, x + lobe + 1) -
         ii.box(y - lobe, x + 1, y, x + lobe + 1) - ii.box(y + 1, x - lobe, y + lobe + 1, x);
-    const float inv_area = 1.0f / (float(size) * float(size));
-    const float nxx = dxx * inv_area, nyy = dyy * inv_area, nxy = dxy * inv_area;
+    // Each box weighs in by its mean, not its sum: the responses then keep
+    // one scale whatever the filter size, the scale on which the Hessian
+    // thresholds (400 for detection, 100 for description) are stated.
+    const float inv_lobe_area = 1.0f / (float(lobe) * float(2 * lobe - 1));
+    const float inv_square_area = 1.0f / (float(lobe) * float(lobe));
+    const float nxx = dxx * inv_lobe_area, nyy = dyy * inv_lobe_area;
+    const float nxy = dxy * inv_square_area;
     return nxx * nyy - (kDxyWeight * nxy) * (kDxyWeight * nxy);
 }
+
+namespace {
 
 using LayerStack = std::vector<std::vector<float>>;
 
@@ -68,7 +80,7 @@ LayerStack compute_responses(const IntegralImage &ii, const OctaveGrid &g) {
             float *out = &stack[size_t(layer)][size_t(r) * g.cols];
             const int size = g.sizes[size_t(layer)];
             for (int c = g.c0; c <= g.c1; ++c)
-                out[c] = hessian_determinant(ii, c * g.step, r * g.step, size);
+                out[c] = surf_hessian_response(ii, c * g.step, r * g.step, size);
         }
     });
     return stack;

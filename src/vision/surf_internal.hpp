@@ -15,6 +15,12 @@ namespace vexo {
 // threshold, refined to sub-sample position and scale.  Angles are left 0.
 std::vector<cv::KeyPoint> surf_find_blobs(const IntegralImage &integral, const SurfParams &params);
 
+// Box-filter Hessian determinant at pixel (x, y) for filter side `size`
+// (9, 15, 21, ...): Dxx Dyy - (0.9 Dxy)^2 with every box of the three
+// patterns replaced by the mean of its pixels (0..255).  The filter must
+// lie inside the image.
+float surf_hessian_response(const IntegralImage &integral, int x, int y, int size);
+
 // Dominant orientation of each keypoint (unless upright) and, when
 // descriptors is not NULL, its descriptor: one CV_32F row per keypoint.
 // No keypoint is dropped: window parts outside the image contribute 0.

@@ -106,4 +106,33 @@ inline cv::Matx23d placement(cv::Size pattern, double angle_deg, double scale, c
            cv::Matx23d(0, 0, centre.x - mid.x, 0, 0, centre.y - mid.y);
 }
 
+// A recogniser taught on `reference` inside `rect` with the detector the
+// option word names, the origin subtracted from its positions; NULL when
+// nothing could be taught.
+inline RecogniserPtr taught_recogniser(Frame &reference, cv::Rect rect, uint32_t options,
+                                       cv::Point origin) {
+    int32_t count = 0;
+    uint32_t taught = options;
+    const KeypointsPtr k(vexo_prcg_gen_keypoints(reference.block(), &count, &taught, rect.x, rect.y,
+                                                 rect.x + rect.width, rect.y + rect.height));
+    if (!k) return nullptr;
+    return RecogniserPtr(
+        vexo_prcg_create_recogniser(k.get(), count, taught, reference.block(), origin.x, origin.y));
+}
+
+// The seed-42 pattern (120 x 120) at (10, 10) of a reference scene, taught
+// 10 pixels inside its edges, with the origin at its corner.
+struct TaughtPattern {
+    cv::Mat pattern = make_pattern(120, 120, 42);
+    Frame reference{scene(1, pattern, placement(pattern.size(), 0, 1, {70, 70}))};
+    RecogniserPtr rec;
+    explicit TaughtPattern(uint32_t options)
+        : rec(taught_recogniser(reference, {20, 20, 100, 100}, options, {10, 10})) {}
+    // Where the reference's (0, 0) lands by `to_frame`, less the origin.
+    cv::Point2d truth(const cv::Matx23d &to_frame) const {
+        const cv::Vec2d p = to_frame * cv::Vec3d(-10, -10, 1);
+        return {p[0] - 10, p[1] - 10};
+    }
+};
+
 } // namespace vt

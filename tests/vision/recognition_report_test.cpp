@@ -218,22 +218,8 @@ TEST(StartRecogniser2, NullRecogniserGivesNineAndAZeroReport) {
     EXPECT_EQ(0.0, r.homography[8]);
 }
 
-// SIFT keypoints taught on a reference of the fixture pattern at (10, 10).
-struct Taught {
-    cv::Mat pattern = vt::make_pattern(120, 120, 42);
-    vt::Frame reference{vt::scene(1, pattern, vt::placement(pattern.size(), 0, 1, {70, 70}))};
-    vt::RecogniserPtr rec;
-    explicit Taught(uint32_t options) {
-        int32_t count = 0;
-        uint32_t taught = options;
-        const vt::KeypointsPtr k(
-            vexo_prcg_gen_keypoints(reference.block(), &count, &taught, 20, 20, 120, 120));
-        rec.reset(vexo_prcg_create_recogniser(k.get(), count, taught, reference.block(), 10, 10));
-    }
-};
-
 TEST(StartRecogniser2, UnreadableFrameGivesElevenWithNothingReached) {
-    Taught t(RECOGNISER_SIFT);
+    vt::TaughtPattern t(RECOGNISER_SIFT);
     ASSERT_NE(nullptr, t.rec);
     RecognitionReport r{};
     EXPECT_EQ(VEXO_ERROR_NO_MEMORY, vexo_prcg_start_recogniser2(t.rec.get(), nullptr, 0, &r));
@@ -243,7 +229,7 @@ TEST(StartRecogniser2, UnreadableFrameGivesElevenWithNothingReached) {
 // The robust report on a turned, scaled pattern: where the reference's
 // (0, 0) lands less the origin, the turn, the scale, and its own homography.
 TEST(StartRecogniser2, RobustReportMatchesTheKnownPlacement) {
-    Taught t(RECOGNISER_SIFT);
+    vt::TaughtPattern t(RECOGNISER_SIFT);
     ASSERT_NE(nullptr, t.rec);
     const cv::Matx23d a = vt::placement(t.pattern.size(), -30, 1.1, {160, 120});
     vt::Frame frame(vt::scene(77, t.pattern, a));
@@ -265,7 +251,7 @@ TEST(StartRecogniser2, RobustReportMatchesTheKnownPlacement) {
 }
 
 TEST(StartRecogniser2, PlainReportAgreesWithTheSpecifiedStart) {
-    Taught t(RECOGNISER_SIFT | RECOGNISER_POSITION | RECOGNISER_ROTATION);
+    vt::TaughtPattern t(RECOGNISER_SIFT | RECOGNISER_POSITION | RECOGNISER_ROTATION);
     ASSERT_NE(nullptr, t.rec);
     vt::Frame frame(vt::scene(77, t.pattern, vt::placement(t.pattern.size(), 20, 1, {170, 120})));
     RecognitionResult plain{};
@@ -280,7 +266,7 @@ TEST(StartRecogniser2, PlainReportAgreesWithTheSpecifiedStart) {
 }
 
 TEST(StartRecogniser2, RobustBitOfTheRecogniserItselfIsHonoured) {
-    Taught own(RECOGNISER_SIFT | VEXO_RECOGNISER_ROBUST);
+    vt::TaughtPattern own(RECOGNISER_SIFT | VEXO_RECOGNISER_ROBUST);
     ASSERT_NE(nullptr, own.rec);
     vt::Frame frame(
         vt::scene(77, own.pattern, vt::placement(own.pattern.size(), 0, 1, {150, 110})));
