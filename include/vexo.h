@@ -525,6 +525,71 @@ VEXO_API uint32_t vexo_clip_copy_subject(ClipHandle *clip);
 VEXO_API ClipHandle *vexo_clip_copy_solution(const ClipHandle *clip);
 
 /* ===========================================================================
+ * clip2: polygon union, difference and outline (over Boost.Polygon)
+ * ========================================================================= */
+
+/* Opaque handle of the second clip family: the same nine calls as
+ * vexo_clip_*, the same mode bits (VEXO_CLIP_UNION, VEXO_CLIP_DIFFERENCE,
+ * VEXO_CLIP_JOIN_*, VEXO_CLIP_2D), the same 0.001 grid reached by
+ * truncation, the same heights and the same ownership, over an integer
+ * scan-line engine with exact snap rounding.  Where results differ from
+ * vexo_clip_*:
+ * - scaled coordinates must lie within +-VEXO_CLIP2_GRID_LIMIT (caller
+ *   units about +-1,073,741.823);
+ * - paths come in the engine's order: each outer boundary (counter-
+ *   clockwise) directly followed by its holes (clockwise), or, with
+ *   VEXO_CLIP2_KEYHOLE, one hole-free contour per region whose holes are
+ *   joined to the outer boundary by a zero-width cut;
+ * - outlines offset the even-odd region of the subject (holes told by
+ *   nesting, not by orientation); the region is united with the quads and
+ *   join figures of every edge (a negative distance subtracts them), so the
+ *   outline of overlapping subject paths is the outline of their region. */
+typedef struct Clip2Handle Clip2Handle;
+
+#define VEXO_CLIP2_KEYHOLE 0x20u         /* bool, outline: hole-free contours per region */
+#define VEXO_CLIP2_GRID_LIMIT 1073741823 /* largest |x*1000| or |y*1000| accepted */
+
+/* New handle whose subject holds `points`; NULL when count is 0, points is
+ * NULL, a coordinate (or a z without VEXO_CLIP_2D) is off the grid, x or y
+ * lies beyond VEXO_CLIP2_GRID_LIMIT, or memory runs out. */
+VEXO_API Clip2Handle *vexo_clip2_create(const GeomPoint *points, uint32_t count, uint32_t mode);
+/* Destroy a handle; NULL ignored. */
+VEXO_API void vexo_clip2_release(Clip2Handle *clip);
+/* Union (mode & 1) or difference (mode & 2) of the subject with `points`,
+ * both filled even-odd (a self-crossing path keeps every region it winds
+ * round an odd number of times), into the result (neither bit: empty
+ * result).  VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for a NULL handle or
+ * points, count 0 or a coordinate off the grid or beyond
+ * VEXO_CLIP2_GRID_LIMIT; VEXO_ERROR_NO_MEMORY.  The subject is kept. */
+VEXO_API uint32_t vexo_clip2_bool(Clip2Handle *clip, const GeomPoint *points, uint32_t count,
+                                  uint32_t mode);
+/* Offset the subject's even-odd region by `distance` (grows when positive)
+ * with the join chosen by mode (miter limit 2, arc tolerance 0.25 grid
+ * units, as vexo_clip_outline) into the result; |distance*1000| below 0.5
+ * gives the region itself.
+ * VEXO_OK; VEXO_ERROR_INVALID_PARAMETER when no join bit is set, the handle
+ * is NULL, distance is not finite or the outline could reach beyond
+ * VEXO_CLIP2_GRID_LIMIT (largest |coordinate| + 2 |distance|, in grid
+ * units); VEXO_ERROR_NO_MEMORY.  The subject is kept. */
+VEXO_API uint32_t vexo_clip2_outline(Clip2Handle *clip, uint32_t mode, double distance);
+/* The result paths as a new array for vexo_geom_release, each path closed by
+ * a copy of its first point flagged VEXO_POINT_END; z comes from subject
+ * path 0 as in vexo_clip_get_result.  NULL with *count = 0 when the result
+ * is empty. */
+VEXO_API GeomPoint *vexo_clip2_get_result(const Clip2Handle *clip, uint32_t *count);
+/* The subject paths, as vexo_clip2_get_result. */
+VEXO_API GeomPoint *vexo_clip2_get_subject(const Clip2Handle *clip, uint32_t *count);
+/* The result becomes the subject; the result is emptied.  VEXO_OK, or
+ * VEXO_ERROR_INVALID_PARAMETER for a NULL handle or an empty result. */
+VEXO_API uint32_t vexo_clip2_set_solution(Clip2Handle *clip);
+/* The result is replaced by a copy of the subject.  VEXO_OK, or
+ * VEXO_ERROR_INVALID_PARAMETER for a NULL handle; VEXO_ERROR_NO_MEMORY. */
+VEXO_API uint32_t vexo_clip2_copy_subject(Clip2Handle *clip);
+/* New handle whose subject is a copy of this handle's result; NULL for a NULL
+ * handle, an empty result or on allocation failure. */
+VEXO_API Clip2Handle *vexo_clip2_copy_solution(const Clip2Handle *clip);
+
+/* ===========================================================================
  * corr: scanner correction tables
  * ========================================================================= */
 

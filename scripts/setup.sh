@@ -7,7 +7,8 @@ set -euo pipefail
 packages=(g++ make cmake pkg-config libopencv-dev libpolyclipping-dev libgtest-dev
           libgmock-dev libbenchmark-dev clang libclang-rt-14-dev locales
           python3 clang-format clang-tidy
-          opencv-doc) # OpenCV's sample pictures, read by the recognition tests
+          opencv-doc  # OpenCV's sample pictures, read by the recognition tests
+          libboost-dev)
 
 missing=()
 for p in "${packages[@]}"; do

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+// Union, difference and outline through vexo_clip2_* on arbitrary paths:
+// every call returns an allowed status and every returned array is a list
+// of closed paths, each ending with a copy of its first point flagged
+// VEXO_POINT_END.
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "vexo.h"
+
+namespace {
+
+// Five bytes a point: x and y as int16 in hundredths, and a flags byte whose
+// bit 0 ends a path and bit 7 moves the point a million times further out
+// (past the grid limit).
+std::vector<GeomPoint> read_points(const uint8_t *data, size_t size) {
+    std::vector<GeomPoint> points;
+    for (size_t i = 0; i + 5 <= size; i += 5) {
+        int16_t x, y;
+        std::memcpy(&x, data + i, 2);
+        std::memcpy(&y, data + i + 2, 2);
+        const double far = (data[i + 4] & 0x80) ? 1.0e6 : 1.0;
+        GeomPoint p;
+        std::memset(&p, 0, sizeof p);
+        p.x = x / 100.0 * far;
+        p.y = y / 100.0;
+        p.z = data[i + 4] & 0x0F;
+        p.flags = data[i + 4] & VEXO_POINT_END;
+        points.push_back(p);
+    }
+    return points;
+}
+
+void check_closed(GeomPoint *out, uint32_t n) {
+    for (uint32_t i = 0, start = 0; i < n; ++i) {
+        if (!out[i].flags) continue;
+        if (out[i].flags != VEXO_POINT_END || i < start + 3 || out[i].x != out[start].x ||
+            out[i].y != out[start].y)
+            std::abort();
+        start = i + 1;
+    }
+    if (n && out[n - 1].flags != VEXO_POINT_END) std::abort();
+    vexo_geom_release(out);
+}
+
+void check_result(const Clip2Handle *clip) {
+    uint32_t n = 0;
+    check_closed(vexo_clip2_get_result(clip, &n), n);
+}
+
+void expect(uint32_t status, bool refusable) {
+    if (status == VEXO_OK || status == VEXO_ERROR_NO_MEMORY) return;
+    if (status == VEXO_ERROR_INVALID_PARAMETER && refusable) return;
+    std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    if (size < 3) return 0;
+    const uint8_t mode = data[0];
+    const double distance = static_cast<int8_t>(data[1]) / 16.0;
+    const size_t split = 2 + (size - 2) / 2;
+    const std::vector<GeomPoint> subject = read_points(data + 2, split - 2);
+    const std::vector<GeomPoint> operand = read_points(data + split, size - split);
+    if (subject.empty() || operand.empty()) return 0;
+
+    Clip2Handle *clip = vexo_clip2_create(subject.data(), uint32_t(subject.size()), mode & 0x10);
+    if (!clip) return 0; // a point past the limit
+    const uint32_t keyhole = mode & VEXO_CLIP2_KEYHOLE;
+    expect(
+        vexo_clip2_bool(clip, operand.data(), uint32_t(operand.size()), VEXO_CLIP_UNION | keyhole),
+        true);
+    check_result(clip);
+    if (vexo_clip2_set_solution(clip) == VEXO_OK) {
+        expect(vexo_clip2_bool(clip, subject.data(), uint32_t(subject.size()),
+                               VEXO_CLIP_DIFFERENCE | keyhole),
+               false);
+        check_result(clip);
+    }
+    const uint32_t join = mode & 0x07;
+    expect(vexo_clip2_outline(clip, join | keyhole, distance), join == 0);
+    check_result(clip);
+    uint32_t n = 0;
+    check_closed(vexo_clip2_get_subject(clip, &n), n);
+    vexo_clip2_release(clip);
+    return 0;
+}
