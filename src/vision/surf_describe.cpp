@@ -17,29 +17,53 @@ constexpr double kWindow = kTwoPi / 6.0; // the 60 degree orientation window
 // wide) stay within the exact-sum limit of the integral image.
 constexpr float kMaxScale = float(kSurfMaxBoxSide) / 4.0f - 1.0f;
 constexpr float kMinScale = 0.5f;
-// Sample coordinates beyond this are clamped before rounding; every box is
-// then cut to the image anyway.
+// Sample coordinates beyond this are clamped first; every box is then cut
+// to the image anyway.
 constexpr double kCoordinateLimit = 1 << 24;
-
-int to_pixel(double v) {
-    return int(std::lround(std::clamp(v, -kCoordinateLimit, kCoordinateLimit)));
-}
 
 struct Wavelet {
     float dx, dy;
 };
 
-// Haar wavelet responses of side `side` (even) centred as near as the
-// pixel grid allows to the point (px, py).  An even box [x - h, x + h)
-// has its centre at x - 0.5 (pixel i is centred on i), hence the shift.
-Wavelet haar(const IntegralImage &ii, double px, double py, int side) {
-    const int x = to_pixel(px + 0.5), y = to_pixel(py + 0.5);
-    const int h = side / 2;
+// Haar wavelet responses of side 2h whose boxes meet at the pixel corner
+// (x - 0.5, y - 0.5), i.e. centred there.
+Wavelet haar_on_grid(const IntegralImage &ii, int x, int y, int h) {
+    if (x - h >= 0 && y - h >= 0 && x + h <= ii.width() && y + h <= ii.height()) {
+        // Wholly inside: eight corners of the 3 x 3 grid of running sums.
+        // The wrapping differences are exact, |response| < 255 * 2h * h < 2^31.
+        const uint32_t *top = ii.row(y - h), *mid = ii.row(y), *bottom = ii.row(y + h);
+        const int l = x - h, r = x + h;
+        const uint32_t dx =
+            (bottom[r] - 2u * bottom[x] + bottom[l]) - (top[r] - 2u * top[x] + top[l]);
+        const uint32_t dy = (bottom[r] - 2u * mid[r] + top[r]) - (bottom[l] - 2u * mid[l] + top[l]);
+        return {float(int32_t(dx)), float(int32_t(dy))};
+    }
     const float left = ii.box_clamped(y - h, x - h, y + h, x);
     const float right = ii.box_clamped(y - h, x, y + h, x + h);
     const float top = ii.box_clamped(y - h, x - h, y, x + h);
     const float bottom = ii.box_clamped(y, x - h, y + h, x + h);
     return {right - left, bottom - top};
+}
+
+// Haar wavelet responses of side `side` (even) centred on the point
+// (px, py) (pixel i has its centre at i).  A box whose edges sit at a
+// fraction f between pixel borders covers the pixels at its two ends by
+// 1 - f and f: its sum is the blend of the two grid boxes around it, so
+// the response is the bilinear blend of the four grid responses.  Sample
+// points then move smoothly with the keypoint instead of jumping by whole
+// pixels, which keeps descriptors of turned and shifted copies alike.
+Wavelet haar(const IntegralImage &ii, double px, double py, int side) {
+    const double u = std::clamp(px + 0.5, -kCoordinateLimit, kCoordinateLimit);
+    const double v = std::clamp(py + 0.5, -kCoordinateLimit, kCoordinateLimit);
+    const double fu = std::floor(u), fv = std::floor(v);
+    const int x = int(fu), y = int(fv), h = side / 2;
+    const float ax = float(u - fu), ay = float(v - fv);
+    const Wavelet w00 = haar_on_grid(ii, x, y, h), w10 = haar_on_grid(ii, x + 1, y, h);
+    const Wavelet w01 = haar_on_grid(ii, x, y + 1, h), w11 = haar_on_grid(ii, x + 1, y + 1, h);
+    const auto blend = [&](float a, float b, float c, float d) {
+        return (1 - ay) * ((1 - ax) * a + ax * b) + ay * ((1 - ax) * c + ax * d);
+    };
+    return {blend(w00.dx, w10.dx, w01.dx, w11.dx), blend(w00.dy, w10.dy, w01.dy, w11.dy)};
 }
 
 int wavelet_side(double scale, double factor) {

@@ -30,6 +30,10 @@ public:
         return float(bottom[c1] - bottom[c0] - top[c1] + top[c0]);
     }
 
+    // Running sums of row r (0..height): entry c is the sum of rows [0, r)
+    // and columns [0, c), modulo 2^32.
+    const uint32_t *row(int r) const { return &sum_[size_t(r) * stride_]; }
+
     // The same with the box cut to the image first (0 when nothing is left).
     float box_clamped(int r0, int c0, int r1, int c1) const {
         r0 = std::clamp(r0, 0, height_);

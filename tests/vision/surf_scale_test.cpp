@@ -81,35 +81,48 @@ TEST(SurfResponse, NineBoxOfADiagonalDotIsItsSquareArithmetic) {
     EXPECT_NEAR(34.0 * 34.0 - 0.81 * dxy * dxy, vexo::surf_hessian_response(ii, 10, 10, 9), 1e-2);
 }
 
-// The strongest keypoint of a blob carries the response of its sample: the
-// determinant at the blob's pixel for the middle-layer filter that peaks.
-TEST(SurfDetect, BlobResponseIsTheDeterminantOfBoxMeansAtItsCentre) {
-    cv::Mat img(100, 120, CV_8UC1, cv::Scalar(200));
-    draw_blob(img, 60, 50, 150);
-    std::vector<cv::KeyPoint> kps;
-    vexo::Surf::create(400, 4, 2, false, false)->detect(img, kps);
-    ASSERT_FALSE(kps.empty());
-    const cv::KeyPoint best = *std::max_element(
-        kps.begin(), kps.end(), [](auto &a, auto &b) { return a.response < b.response; });
-    const double d15 = determinant_by_means(img, 60, 50, 15);
-    const double d21 = determinant_by_means(img, 60, 50, 21);
-    const double d27 = determinant_by_means(img, 60, 50, 27);
-    EXPECT_GT(d21, std::max(d15, d27)); // the 21-box peaks for sigma 4
-    EXPECT_NEAR(d21, best.response, 1e-4 * d21);
+// A 150-deep blob at pixel (60, 50) of a 120 x 100 image, and the
+// strongest keypoint the stored detector's parameters find on it.
+struct OneBlob {
+    cv::Mat img{100, 120, CV_8UC1, cv::Scalar(200)};
+    cv::KeyPoint best;
+    OneBlob() {
+        draw_blob(img, 60, 50, 150);
+        std::vector<cv::KeyPoint> kps;
+        vexo::Surf::create(400, 4, 2, false, false)->detect(img, kps);
+        if (!kps.empty())
+            best = *std::max_element(kps.begin(), kps.end(),
+                                     [](auto &a, auto &b) { return a.response < b.response; });
+    }
+};
+
+TEST(SurfDetect, TheTwentyOneBoxPeaksOnASigmaFourBlob) {
+    const OneBlob b;
+    const double d21 = determinant_by_means(b.img, 60, 50, 21);
+    EXPECT_GT(d21, determinant_by_means(b.img, 60, 50, 15));
+    EXPECT_GT(d21, determinant_by_means(b.img, 60, 50, 27));
 }
 
-TEST(SurfDetect, BlobIsFoundAtItsCentreAndScale) {
-    cv::Mat img(100, 120, CV_8UC1, cv::Scalar(200));
-    draw_blob(img, 60, 50, 150);
-    std::vector<cv::KeyPoint> kps;
-    vexo::Surf::create(400, 4, 2, false, false)->detect(img, kps);
-    ASSERT_FALSE(kps.empty());
-    const cv::KeyPoint best = *std::max_element(
-        kps.begin(), kps.end(), [](auto &a, auto &b) { return a.response < b.response; });
-    EXPECT_NEAR(60.0, best.pt.x, 0.25);
-    EXPECT_NEAR(50.0, best.pt.y, 0.25);
-    EXPECT_NEAR(4.0 * 0.7, best.size / 2.0,
-                4.0 * 0.2); // box scale ~ 0.7 sigma for a dark disc blob
+// The strongest keypoint carries the response of its sample: the
+// determinant at the blob's pixel for the middle-layer filter that peaks.
+TEST(SurfDetect, BlobResponseIsTheDeterminantOfBoxMeansAtItsCentre) {
+    const OneBlob b;
+    const double d21 = determinant_by_means(b.img, 60, 50, 21);
+    EXPECT_NEAR(d21, b.best.response, 1e-4 * d21);
+}
+
+TEST(SurfDetect, BlobIsFoundAtItsCentre) {
+    const OneBlob b;
+    EXPECT_NEAR(60.0, b.best.pt.x, 0.25);
+    EXPECT_NEAR(50.0, b.best.pt.y, 0.25);
+}
+
+// The 21-box peaks: the fitted scale lies between those of its
+// neighbouring layers, 1.2 / 9 x 15 and 1.2 / 9 x 27.
+TEST(SurfDetect, BlobScaleLiesBetweenTheNeighbouringLayers) {
+    const OneBlob b;
+    EXPECT_GT(b.best.size / 2.0, 2.0);
+    EXPECT_LT(b.best.size / 2.0, 3.6);
 }
 
 // Blobs of known contrast on a flat field: their determinants, computed
@@ -146,6 +159,25 @@ TEST(SurfDetect, EveryKeypointOnAFlatFieldSitsOnABlob) {
         EXPECT_NEAR(nearest_x, kp.pt.x, 1.0) << kp.pt;
         EXPECT_NEAR(40.0f, kp.pt.y, 1.0) << kp.pt;
     }
+}
+
+// Descriptor of a keypoint of scale 2 at (x, 70.3) on a textured image.
+cv::Mat descriptor_at(float x) {
+    static const cv::Mat texture = vt::make_pattern(160, 140, 9);
+    std::vector<cv::KeyPoint> kps{cv::KeyPoint(x, 70.3f, 4.0f)};
+    cv::Mat desc;
+    vexo::Surf::create(100, 4, 3, false, true)->compute(texture, kps, desc);
+    return desc;
+}
+
+// Samples fall between pixels; their wavelets are blended from the pixel
+// grid, so a tenth of a pixel moves the descriptor by about a tenth of what
+// a whole pixel does (rounding to the grid would jump a whole pixel here,
+// between 79.95 and 80.05, as wide as between 79.5 and 80.5).
+TEST(SurfDescribe, DescriptorMovesSmoothlyWithTheKeypoint) {
+    const double tenth = cv::norm(descriptor_at(79.95f), descriptor_at(80.05f));
+    const double whole = cv::norm(descriptor_at(79.5f), descriptor_at(80.5f));
+    EXPECT_LT(tenth, 0.25 * whole) << "0.1 px: " << tenth << ", 1 px: " << whole;
 }
 
 } // namespace

@@ -19,6 +19,24 @@ struct Turn {
     double angle, scale;
 };
 
+class SurfTurned : public testing::TestWithParam<Turn> {};
+
+// The specified least-squares start, on the pattern turned (counter-clockwise
+// on screen) over a slightly noisy frame.
+TEST_P(SurfTurned, PlainStartFindsPositionAndRotation) {
+    const vt::TaughtPattern t(RECOGNISER_SURF | kBoth);
+    ASSERT_NE(nullptr, t.rec);
+    const cv::Matx23d a = vt::placement(t.pattern.size(), GetParam().angle, 1.0, {165, 118});
+    RecognitionResult got{};
+    vexo_prcg_start_recogniser(t.rec.get(), vt::Frame(vt::scene(77, t.pattern, a)).block(), &got);
+    ASSERT_EQ(int32_t(VEXO_OK), got.status);
+    EXPECT_NEAR(t.truth(a).x, got.x, 2.0);
+    EXPECT_NEAR(t.truth(a).y, got.y, 2.0);
+    EXPECT_NEAR(GetParam().angle, got.rotation, 2.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Turns, SurfTurned, testing::Values(Turn{30, 1}, Turn{-45, 1}));
+
 class SurfScaled : public testing::TestWithParam<Turn> {};
 
 TEST_P(SurfScaled, RobustStartFindsPositionRotationAndScale) {
@@ -32,7 +50,9 @@ TEST_P(SurfScaled, RobustStartFindsPositionRotationAndScale) {
                                                    VEXO_RECOGNISER_ROBUST, &r));
     EXPECT_NEAR(t.truth(a).x, r.x, 2.0);
     EXPECT_NEAR(t.truth(a).y, r.y, 2.0);
-    EXPECT_NEAR(p.angle, r.rotation, 2.0);
+    // Coarse octaves place keypoints to a pixel or two, over a pattern of
+    // about 100 pixels: a few degrees.
+    EXPECT_NEAR(p.angle, r.rotation, 3.0);
     EXPECT_NEAR(p.scale, r.scale, 0.03);
 }
 
