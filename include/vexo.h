@@ -642,7 +642,8 @@ VEXO_API uint32_t vexo_corr_get_corr_head(CorrHead *head);
  * wins, and vexo_corr_load_ex reports the format chosen).  VEXO_OK, or
  * VEXO_ERROR_INVALID_DATA (also: a file over 64 MiB), VEXO_ERROR_NO_MEMORY,
  * VEXO_ERROR_INVALID_PARAMETER for a NULL argument, VEXO_ERROR_OPEN_FILE
- * (also: not a regular file, e.g. a folder), VEXO_ERROR_READ_FILE for a
+ * (also: not a regular file, e.g. a folder or a FIFO, refused without
+ * waiting for data), VEXO_ERROR_READ_FILE for a
  * short file, VEXO_ERROR_INVALID_HEADER for a missing header,
  * VEXO_ERROR_UNKNOWN_FORMAT.  On failure the table may hold
  * values read so far.  The header (vexo_corr_get_corr_head) is zeroed at
@@ -654,7 +655,13 @@ VEXO_API uint32_t vexo_corr_load_corr65(CorrTable *table, const char *path, uint
  * as round((w + 32767.5) * 30000) saturated to int32, NaN as 0.
  * VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for a NULL argument,
  * VEXO_ERROR_OPEN_FILE when the file cannot be created, VEXO_ERROR_WRITE_FILE
- * for a short write or a failed close. */
+ * for a short write or a failed close.  Every writer puts the bytes in a
+ * new file in the target's folder and renames it over the target only once
+ * all of it is written, flushed and closed: on failure the old file is
+ * untouched and the new one removed.  VEXO_ERROR_OPEN_FILE also when no
+ * file can be made in that folder or the target exists and is not a
+ * writable regular file (a folder, device or FIFO); a link is followed, a
+ * replaced file keeps its permission bits. */
 VEXO_API uint32_t vexo_corr_save_kxo(const CorrTable *table, const char *path,
                                      const CorrHead *head);
 
@@ -1054,13 +1061,16 @@ VEXO_API double vexo_util_block_to_dbl(const uint8_t *in);
  * VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for a NULL name, NULL key with
  * key_length > 0, NULL data with size > 0, or a name containing '/' or
  * '\'; VEXO_ERROR_FILE_ACCESS when the file cannot be opened;
- * VEXO_ERROR_WRITE_FILE for a short write. */
+ * VEXO_ERROR_WRITE_FILE for a short write.  The blob replaces an older one
+ * in one step, as the correction writers do (vexo_corr_save_kxo): on
+ * failure the older one is kept. */
 VEXO_API uint32_t vexo_util_save_runtime_data(const char *name, const uint8_t *key,
                                               uint32_t key_length, const uint8_t *data,
                                               uint32_t size);
 /* Read `size` bytes stored under (name, key) into buffer (a longer file is
  * fine).  VEXO_OK; VEXO_ERROR_INVALID_PARAMETER as for saving;
- * VEXO_ERROR_FILE_ACCESS when there is no such file; VEXO_ERROR_READ_FILE
+ * VEXO_ERROR_FILE_ACCESS when there is no such file (or it is not a
+ * regular file, refused without waiting for data); VEXO_ERROR_READ_FILE
  * for a file shorter than size (the bytes it had are in buffer). */
 VEXO_API uint32_t vexo_util_load_runtime_data(const char *name, const uint8_t *key,
                                               uint32_t key_length, uint8_t *buffer, uint32_t size);

@@ -32,13 +32,14 @@ private:
 };
 
 // VEXO_OK; 19 when the path cannot be opened or is not a regular file (a
-// directory, say); 7 when it is larger than kMaxCorrFileSize; 11 when the
-// copy cannot be allocated; 21 on a read error.
+// directory or a FIFO, say, refused without waiting); 7 when it is larger
+// than kMaxCorrFileSize; 11 when the copy cannot be allocated; 21 on a
+// read error.
 uint32_t read_whole_file(const char *path, FileBytes &out) noexcept;
 
-// Creates or truncates path ("wb") and writes the block with one fwrite.
-// VEXO_OK; 19 when it cannot be opened; 20 on a short write or when
-// closing (flushing) fails.
+// Replaces path with the block, or leaves it untouched (replace_file).
+// VEXO_OK; 19 when no file can be made beside it or it is not a writable
+// regular file; 20 when writing, flushing or renaming fails.
 uint32_t write_whole_file(const char *path, const uint8_t *data, size_t size) noexcept;
 
 } // namespace vexo

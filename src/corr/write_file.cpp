@@ -1,19 +1,21 @@
 // SPDX-License-Identifier: MIT
 // Writing a finished correction file: the whole image is built in memory
-// first, so a file is either written in one go or reported as failed.
+// first, then replaces the file in one step or leaves it as it was.
 #include "corr/file_io.hpp"
 
-#include <cstdio>
+#include "core/file_access.hpp"
 
 namespace vexo {
 
 uint32_t write_whole_file(const char *path, const uint8_t *data, size_t size) noexcept {
-    std::FILE *f = std::fopen(path, "wb");
-    if (!f) return VEXO_ERROR_OPEN_FILE;
-    const size_t written = std::fwrite(data, 1, size, f);
-    // fclose flushes the stdio buffer; a full disk often shows only here.
-    const bool closed = std::fclose(f) == 0;
-    return written == size && closed ? VEXO_OK : VEXO_ERROR_WRITE_FILE;
+    switch (replace_file(path, data, size, false)) {
+    case WriteOutcome::Written:
+        return VEXO_OK;
+    case WriteOutcome::CannotCreate:
+        return VEXO_ERROR_OPEN_FILE;
+    default:
+        return VEXO_ERROR_WRITE_FILE;
+    }
 }
 
 } // namespace vexo

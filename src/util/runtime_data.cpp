@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/file_access.hpp"
 #include "util/data_folder.hpp"
 #include "util/md5.hpp"
 #include "vexo.h"
@@ -21,31 +22,28 @@ bool runtime_data_name_allowed(const char *name) {
     return std::strchr(name, '/') == nullptr && std::strchr(name, '\\') == nullptr;
 }
 
-namespace {
-
-// Text mode on purpose: the files hold the hosts' records as text-mode I/O
-// writes them, so on platforms that translate line ends the bytes are
-// translated alike on the way out and on the way back.
-constexpr const char *kWriteMode = "w";
-constexpr const char *kReadMode = "r";
-
-} // namespace
+// Text mode is kept on purpose: on platforms that translate line ends,
+// hosts that read these files themselves see the same translation.
+constexpr bool kTextMode = true;
 
 uint32_t save_runtime_data(const std::string &file_name, const uint8_t *data, size_t size) {
     const std::string folder = runtime_data_folder(true);
     if (folder.empty()) return VEXO_ERROR_FILE_ACCESS;
-    std::FILE *file = std::fopen((folder + file_name).c_str(), kWriteMode);
-    if (file == nullptr) return VEXO_ERROR_FILE_ACCESS;
-    const size_t written = size > 0 ? std::fwrite(data, 1, size, file) : 0;
-    // Buffered bytes that cannot be flushed were not written either.
-    const bool closed = std::fclose(file) == 0;
-    return (written == size && closed) ? VEXO_OK : VEXO_ERROR_WRITE_FILE;
+    switch (replace_file((folder + file_name).c_str(), data, size, kTextMode)) {
+    case WriteOutcome::Written:
+        return VEXO_OK;
+    case WriteOutcome::CannotCreate:
+        return VEXO_ERROR_FILE_ACCESS;
+    default:
+        return VEXO_ERROR_WRITE_FILE;
+    }
 }
 
 uint32_t load_runtime_data(const std::string &file_name, uint8_t *buffer, size_t size) {
     const std::string folder = runtime_data_folder(false);
     if (folder.empty()) return VEXO_ERROR_FILE_ACCESS;
-    std::FILE *file = std::fopen((folder + file_name).c_str(), kReadMode);
+    uint64_t file_size = 0;
+    std::FILE *file = open_regular_file((folder + file_name).c_str(), kTextMode, &file_size);
     if (file == nullptr) return VEXO_ERROR_FILE_ACCESS;
     const size_t read = size > 0 ? std::fread(buffer, 1, size, file) : 0;
     std::fclose(file);

@@ -63,7 +63,6 @@ TEST(CorrWriters, EveryLayoutLoadsBackCloseAndFileErrors) {
                  {"back.kxo", 50712, 1.0 / 60000 + 1e-9, NAN},
                  {"back.ctb", 16900, 0.5, -32767.5},
                  {"back.cor", 33840, 0.5, 0.0}};
-    const bool has_full = std::ifstream("/dev/full").good(); // opens, then has no room
     for (int format = 0; format < 3; ++format) {
         const auto &c = cases[format];
         const std::string path = scratch_path(c.name);
@@ -79,6 +78,5 @@ TEST(CorrWriters, EveryLayoutLoadsBackCloseAndFileErrors) {
         CorrHead got, want = format ? CorrHead{} : CorrHead{1, 12, 0x5C, {}, 0xDEADBEEF};
         EXPECT_TRUE(vexo_corr_get_corr_head(&got) == VEXO_OK && same_bytes(got, want)) << c.name;
         EXPECT_EQ(save(format, scratch_path("no/such/folder/") + c.name), VEXO_ERROR_OPEN_FILE);
-        EXPECT_TRUE(!has_full || save(format, "/dev/full") == VEXO_ERROR_WRITE_FILE);
     }
 }
