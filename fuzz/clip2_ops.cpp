@@ -33,10 +33,12 @@ std::vector<GeomPoint> read_points(const uint8_t *data, size_t size) {
     return points;
 }
 
-void check_closed(GeomPoint *out, uint32_t n) {
+// Result paths have at least three vertices; the subject keeps the caller's
+// paths, however short.
+void check_closed(GeomPoint *out, uint32_t n, uint32_t fewest) {
     for (uint32_t i = 0, start = 0; i < n; ++i) {
         if (!out[i].flags) continue;
-        if (out[i].flags != VEXO_POINT_END || i < start + 3 || out[i].x != out[start].x ||
+        if (out[i].flags != VEXO_POINT_END || i < start + fewest || out[i].x != out[start].x ||
             out[i].y != out[start].y)
             std::abort();
         start = i + 1;
@@ -47,7 +49,7 @@ void check_closed(GeomPoint *out, uint32_t n) {
 
 void check_result(const Clip2Handle *clip) {
     uint32_t n = 0;
-    check_closed(vexo_clip2_get_result(clip, &n), n);
+    check_closed(vexo_clip2_get_result(clip, &n), n, 3);
 }
 
 void expect(uint32_t status, bool refusable) {
@@ -84,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     expect(vexo_clip2_outline(clip, join | keyhole, distance), join == 0);
     check_result(clip);
     uint32_t n = 0;
-    check_closed(vexo_clip2_get_subject(clip, &n), n);
+    check_closed(vexo_clip2_get_subject(clip, &n), n, 1);
     vexo_clip2_release(clip);
     return 0;
 }

@@ -124,18 +124,7 @@ template <class Points> void append_ring(const Points &ring, bool ccw, ClipperLi
     out->push_back(std::move(path));
 }
 
-} // namespace
-
-void even_odd_combine(const ClipperLib::Paths &subject, const ClipperLib::Paths &operand,
-                      SetOperation operation, GridSet *out) {
-    out->clear();
-    EvenOddMerge merge;
-    merge.add(subject, 0);
-    merge.add(operand, 1);
-    merge.run(operation, out);
-}
-
-void region_paths(const GridSet &region, bool keyhole, ClipperLib::Paths *out) {
+template <class Set> void set_paths(const Set &region, bool keyhole, ClipperLib::Paths *out) {
     out->clear();
     if (keyhole) {
         std::vector<bp::polygon_data<int>> contours;
@@ -150,6 +139,81 @@ void region_paths(const GridSet &region, bool keyhole, ClipperLib::Paths *out) {
         for (auto hole = r.begin_holes(); hole != r.end_holes(); ++hole)
             append_ring(*hole, false, out);
     }
+}
+
+bool axis_parallel(const ClipperLib::Paths &paths) {
+    for (const auto &path : paths)
+        for (size_t i = 0; i < path.size(); ++i) {
+            const ClipperLib::IntPoint &a = path[i], &b = path[i + 1 == path.size() ? 0 : i + 1];
+            if (a.X != b.X && a.Y != b.Y) return false;
+        }
+    return true;
+}
+
+// The rectilinear scan sums the counts of its vertical edges; parity makes
+// the direction of each edge irrelevant, so every one goes in as +1 from
+// its first vertex.  Horizontal edges carry nothing the scan reads.
+using Manhattan = bp::polygon_90_set_data<int>;
+
+void add_vertical_edges(const ClipperLib::Paths &paths, Manhattan *set) {
+    for (const auto &path : paths)
+        for (size_t i = 0; i < path.size(); ++i) {
+            const ClipperLib::IntPoint &a = path[i], &b = path[i + 1 == path.size() ? 0 : i + 1];
+            if (a.X != b.X || a.Y == b.Y) continue;
+            const GridPoint p0(static_cast<int>(a.X), static_cast<int>(a.Y));
+            const GridPoint p1(static_cast<int>(b.X), static_cast<int>(b.Y));
+            set->insert(std::make_pair(std::make_pair(p0, p1), 1));
+        }
+}
+
+struct OddUnion {
+    bool operator()(int subject, int operand) const { return ((subject | operand) & 1) != 0; }
+};
+struct OddDifference {
+    bool operator()(int subject, int operand) const { return (subject & 1) && !(operand & 1); }
+};
+
+template <class Inside>
+void manhattan_paths(const Manhattan &subject, const Manhattan &operand, bool keyhole,
+                     ClipperLib::Paths *out) {
+    std::vector<std::pair<int, std::pair<int, int>>> edges;
+    bp::boolean_op::applyBooleanBinaryOp(edges, subject.begin(), subject.end(), operand.begin(),
+                                         operand.end(), bp::boolean_op::BinaryCount<Inside>());
+    set_paths(Manhattan(bp::HORIZONTAL, edges.begin(), edges.end()), keyhole, out);
+}
+
+} // namespace
+
+void even_odd_paths(const ClipperLib::Paths &subject, const ClipperLib::Paths &operand,
+                    SetOperation operation, bool keyhole, ClipperLib::Paths *out) {
+    if (!axis_parallel(subject) || !axis_parallel(operand)) {
+        GridSet region;
+        even_odd_combine(subject, operand, operation, &region);
+        set_paths(region, keyhole, out);
+        return;
+    }
+    Manhattan a, b;
+    add_vertical_edges(subject, &a);
+    add_vertical_edges(operand, &b);
+    a.sort();
+    b.sort();
+    if (operation == SetOperation::kUnion)
+        manhattan_paths<OddUnion>(a, b, keyhole, out);
+    else
+        manhattan_paths<OddDifference>(a, b, keyhole, out);
+}
+
+void even_odd_combine(const ClipperLib::Paths &subject, const ClipperLib::Paths &operand,
+                      SetOperation operation, GridSet *out) {
+    out->clear();
+    EvenOddMerge merge;
+    merge.add(subject, 0);
+    merge.add(operand, 1);
+    merge.run(operation, out);
+}
+
+void region_paths(const GridSet &region, bool keyhole, ClipperLib::Paths *out) {
+    set_paths(region, keyhole, out);
 }
 
 } // namespace vexo

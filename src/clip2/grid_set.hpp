@@ -21,6 +21,12 @@ enum class SetOperation { kUnion, kDifference };
 void even_odd_combine(const ClipperLib::Paths &subject, const ClipperLib::Paths &operand,
                       SetOperation operation, GridSet *out);
 
+// even_odd_combine straight to paths (see region_paths).  Paths whose
+// edges are all axis-parallel take the engine's rectilinear scan, several
+// times faster on such input.
+void even_odd_paths(const ClipperLib::Paths &subject, const ClipperLib::Paths &operand,
+                    SetOperation operation, bool keyhole, ClipperLib::Paths *out);
+
 // The region as closed paths (no repeated closing point).  `keyhole`: one
 // hole-free contour per region, counter-clockwise; otherwise every outer
 // boundary counter-clockwise followed directly by its holes clockwise, so

@@ -44,10 +44,9 @@ uint32_t clip2_boolean(Clip2Handle *clip, const GeomPoint *points, uint32_t coun
     else
         return VEXO_OK;
 
-    GridSet region;
-    even_odd_combine(clip->subject.xy, operand.xy, operation, &region);
     PathSet solution;
-    region_paths(region, (mode & VEXO_CLIP2_KEYHOLE) != 0, &solution.xy);
+    even_odd_paths(clip->subject.xy, operand.xy, operation, (mode & VEXO_CLIP2_KEYHOLE) != 0,
+                   &solution.xy);
     carry_heights(clip->subject, &operand, &solution);
     clip->result = std::move(solution);
     return VEXO_OK;
