@@ -39,8 +39,9 @@ endfunction()
 # The shared library exports only what the version script names, keeps the
 # symbols of the static libraries it links to itself, and leaves no symbol
 # unresolved.  Each flag is used where the linker accepts it (GNU ld, gold,
-# lld); clang's sanitizer runtimes are resolved only in the executable, so
-# sanitized clang builds skip the check for unresolved symbols.
+# lld); clang's sanitizer and coverage runtimes are resolved only in the
+# executable, so sanitized and fuzz clang builds skip the check for
+# unresolved symbols.
 function(vexo_shared_library_link_flags target map)
   check_linker_flag(CXX "LINKER:--version-script=${map}" VEXO_LD_VERSION_SCRIPT)
   check_linker_flag(CXX "LINKER:--exclude-libs,ALL" VEXO_LD_EXCLUDE_LIBS)
@@ -52,7 +53,8 @@ function(vexo_shared_library_link_flags target map)
   if(VEXO_LD_EXCLUDE_LIBS)
     target_link_options(${target} PRIVATE "LINKER:--exclude-libs,ALL")
   endif()
-  if(VEXO_LD_NO_UNDEFINED AND NOT (VEXO_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
+  if(VEXO_LD_NO_UNDEFINED AND NOT ((VEXO_SANITIZE OR VEXO_BUILD_FUZZ) AND
+                                    CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
     target_link_options(${target} PRIVATE "LINKER:--no-undefined")
   endif()
 endfunction()

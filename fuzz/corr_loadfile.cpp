@@ -7,6 +7,7 @@
 #include <string>
 #include <unistd.h>
 
+#include "fuzz_check.hpp"
 #include "vexo.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
@@ -26,6 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
                          status == VEXO_ERROR_NO_MEMORY || status == VEXO_ERROR_READ_FILE ||
                          status == VEXO_ERROR_INVALID_HEADER || status == VEXO_ERROR_UNKNOWN_FORMAT;
     if (!allowed || (!kxo && (head.version | head.header_size | head.tag | head.value)))
-        std::abort();
+        fuzz_fail("corr_loadfile",
+                  allowed ? "header left by a load that is not kxo" : "status not allowed", status);
     return 0;
 }
