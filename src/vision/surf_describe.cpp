@@ -70,6 +70,9 @@ int wavelet_side(double scale, double factor) {
     return std::max(2, 2 * int(std::lround(factor * scale / 2.0)));
 }
 
+// Integer offsets (i, j) with i^2 + j^2 < 36.
+constexpr size_t kOrientationSamples = 109;
+
 struct OrientationSample {
     int i, j;
     float weight;
@@ -84,6 +87,7 @@ const std::vector<OrientationSample> &orientation_samples() {
             for (int i = -6; i <= 6; ++i)
                 if (i * i + j * j < 36)
                     out.push_back({i, j, float(std::exp(-(i * i + j * j) / (2.0 * 2.0 * 2.0)))});
+        CV_Assert(out.size() == kOrientationSamples);
         return out;
     }();
     return samples;
@@ -94,24 +98,27 @@ const std::vector<OrientationSample> &orientation_samples() {
 double dominant_orientation(const IntegralImage &ii, float x, float y, float scale) {
     const auto &samples = orientation_samples();
     const int side = wavelet_side(scale, 4.0);
+    // Single precision keeps the sort cheap; the window sums and the final
+    // direction are taken in double.
     struct Polar {
-        double angle;
-        double dx, dy;
+        float angle;
+        float dx, dy;
     };
-    std::vector<Polar> responses;
-    responses.reserve(samples.size());
+    // On the stack: one keypoint's samples (113) fit, and every keypoint of
+    // a frame passes here.
+    std::array<Polar, kOrientationSamples> responses;
+    size_t n = 0;
     for (const auto &s : samples) {
         const Wavelet w = haar(ii, x + s.i * double(scale), y + s.j * double(scale), side);
         if (w.dx == 0.0f && w.dy == 0.0f) continue;
-        const double dx = double(s.weight) * w.dx, dy = double(s.weight) * w.dy;
-        double angle = std::atan2(dy, dx);
-        if (angle < 0) angle += kTwoPi;
-        responses.push_back({angle, dx, dy});
+        const float dx = s.weight * w.dx, dy = s.weight * w.dy;
+        float angle = std::atan2(dy, dx);
+        if (angle < 0) angle += float(kTwoPi);
+        responses[n++] = {angle, dx, dy};
     }
-    if (responses.empty()) return 0.0;
-    std::sort(responses.begin(), responses.end(),
+    if (n == 0) return 0.0;
+    std::sort(responses.begin(), responses.begin() + n,
               [](const Polar &a, const Polar &b) { return a.angle < b.angle; });
-    const size_t n = responses.size();
     double best_dx = 0, best_dy = 0, best_norm = -1;
     // Window [angle of k, + 60 degrees), walked once round with two indices.
     double sum_dx = 0, sum_dy = 0;
