@@ -8,7 +8,12 @@ packages=(g++ make cmake pkg-config libopencv-dev libpolyclipping-dev libgtest-d
           libgmock-dev libbenchmark-dev clang libclang-rt-14-dev locales
           python3 clang-format clang-tidy
           opencv-doc  # OpenCV's sample pictures, read by the recognition tests
-          libboost-dev)
+          libboost-dev
+          # The tool's command line, JSON output and vector plots; GEOS as an
+          # independent reference in the line tests; the Python package and
+          # its tests (pip installs it from the tree, offline).
+          libcli11-dev nlohmann-json3-dev libcairo2-dev libgeos-dev
+          python3-numpy python3-pytest python3-setuptools python3-pip)
 
 missing=()
 for p in "${packages[@]}"; do
