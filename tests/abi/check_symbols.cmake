@@ -2,16 +2,21 @@
 # Compare the dynamic symbols libvexo defines with the reference list, so the
 # ABI never changes by accident.  Update vexo.symbols deliberately.  Names
 # starting with a prefix in ABSENT (comma-separated: families left out of
-# the build) are dropped from the reference.  Every export must carry the
-# version node of MAP.
+# the build) are dropped from the reference.  Every export must carry one of
+# the version nodes of MAP.
+cmake_policy(SET CMP0057 NEW) # if(... IN_LIST ...)
 execute_process(COMMAND nm -D --defined-only ${LIB}
                 OUTPUT_VARIABLE _nm RESULT_VARIABLE _rc)
 if(NOT _rc EQUAL 0)
   message(FATAL_ERROR "nm failed on ${LIB}")
 endif()
-file(STRINGS ${MAP} _node REGEX "^[A-Za-z0-9_.]+ *{")
-string(REGEX REPLACE " *{.*$" "" _node "${_node}")
-if(NOT _node)
+file(STRINGS ${MAP} _node_lines REGEX "^[A-Za-z0-9_.]+ *{")
+set(_nodes)
+foreach(_line ${_node_lines})
+  string(REGEX REPLACE " *{.*$" "" _line "${_line}")
+  list(APPEND _nodes "${_line}")
+endforeach()
+if(NOT _nodes)
   message(FATAL_ERROR "no version node in ${MAP}")
 endif()
 string(REPLACE "\n" ";" _lines "${_nm}")
@@ -20,10 +25,11 @@ set(_unversioned)
 foreach(_line ${_lines})
   if(_line MATCHES "^[0-9a-fA-F]+ [A-Za-z] (.+)$")
     set(_sym "${CMAKE_MATCH_1}")
-    if(_sym STREQUAL "${_node}")
-      continue() # the version node's own definition
+    if(_sym IN_LIST _nodes)
+      continue() # a version node's own definition
     endif()
-    if(NOT _sym MATCHES "@@${_node}$")
+    string(REGEX REPLACE "^[^@]*@@?" "" _version "${_sym}")
+    if(NOT _version IN_LIST _nodes)
       list(APPEND _unversioned "${_sym}")
     endif()
     string(REGEX REPLACE "@.*$" "" _sym "${_sym}")
@@ -47,6 +53,6 @@ if(NOT "${_actual}" STREQUAL "${_expected}")
                       "  not in the reference: ${_extra}\n  missing: ${_missing}")
 endif()
 if(_unversioned)
-  message(FATAL_ERROR "exports without the version node ${_node}: ${_unversioned}")
+  message(FATAL_ERROR "exports without a version node of ${MAP} (${_nodes}): ${_unversioned}")
 endif()
-message(STATUS "exported symbols match the reference (${REFERENCE}), all at ${_node}")
+message(STATUS "exported symbols match the reference (${REFERENCE}), at ${_nodes}")
