@@ -822,7 +822,8 @@ VEXO_API uint32_t vexo_corr_calc_base_angles(const CorrBase *base, double x, dou
  * flags and padding stay.  VEXO_OK (also for count 0); 16 NULL table, NULL
  * points with count > 0, field_size not finite or not above 0, unknown
  * option bits; 24 an inverse that does not converge (a folded or singular
- * table).  On failure no point is changed. */
+ * table); 11 no memory for the inverse's answers (16 bytes a point).  On
+ * failure no point is changed. */
 VEXO_API uint32_t vexo_corr_apply(const CorrTable *table, GeomPoint *points, uint32_t count,
                                   double field_size, uint32_t options);
 

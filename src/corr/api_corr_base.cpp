@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-// C boundary of the head geometry and of table lookups.  The work below
-// neither allocates nor throws; the guards keep that true if it changes.
+// C boundary of the head geometry and of table lookups.  Only the inverse
+// lookup allocates (its answers, held until all points are solved); the
+// guards turn a failed allocation into VEXO_ERROR_NO_MEMORY.
 #include <cmath>
+#include <vector>
 
 #include "core/boundary.hpp"
 #include "corr/head_geometry.hpp"
@@ -23,16 +25,14 @@ uint32_t apply_forward(const CorrTable &table, GeomPoint *points, uint32_t count
 uint32_t apply_inverse(const CorrTable &table, GeomPoint *points, uint32_t count,
                        double field_size) {
     // Every point is solved before any is written, so a failure leaves the
-    // array as it was without a copy of it.
-    vexo::GridPoint found{};
+    // array as it was.
+    std::vector<vexo::GridPoint> found(count);
     for (uint32_t i = 0; i < count; ++i) {
-        if (!vexo::table_position(table, {points[i].x, points[i].y}, found))
+        if (!vexo::table_position(table, {points[i].x, points[i].y}, found[i]))
             return VEXO_ERROR_NUMERIC;
     }
-    for (uint32_t i = 0; i < count; ++i) {
-        vexo::table_position(table, {points[i].x, points[i].y}, found);
-        vexo::field_from_grid(found, field_size, points[i].x, points[i].y);
-    }
+    for (uint32_t i = 0; i < count; ++i)
+        vexo::field_from_grid(found[i], field_size, points[i].x, points[i].y);
     return VEXO_OK;
 }
 
