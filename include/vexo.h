@@ -543,7 +543,8 @@ VEXO_API ClipHandle *vexo_clip_copy_solution(const ClipHandle *clip);
  * - outlines offset the even-odd region of the subject (holes told by
  *   nesting, not by orientation); the region is united with the quads and
  *   join figures of every edge (a negative distance subtracts them), so the
- *   outline of overlapping subject paths is the outline of their region. */
+ *   outline of overlapping subject paths is the outline of their region;
+ *   an outline may keep collinear vertices where two figures met. */
 typedef struct Clip2Handle Clip2Handle;
 
 #define VEXO_CLIP2_KEYHOLE 0x20u         /* bool, outline: hole-free contours per region */
