@@ -996,8 +996,9 @@ VEXO_API void vexo_prcg_release_keypoints(PatternKeypoint *keypoints);
  * (RECOGNISER_SIFT) also needs an octave whose low byte, signed, is -1 to
  * round(log2(min(width, height))) - 2, whose second byte (the layer) is 1
  * to 3, and a size of at most 64 pixels in that octave (size/1000 divided
- * by 2^octave); ORB needs an octave of 0 to 7.  An unreadable reference
- * gives a handle that never finds anything. */
+ * by 2^octave) and an angle of 0 to 360000 (0 to 360 degrees); ORB needs
+ * an octave of 0 to 7.  An unreadable reference gives a handle that never
+ * finds anything. */
 VEXO_API Recogniser *vexo_prcg_create_recogniser(const PatternKeypoint *keypoints, int32_t count,
                                                  uint32_t options, const ImageBlock *reference,
                                                  int32_t origin_x, int32_t origin_y);

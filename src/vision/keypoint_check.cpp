@@ -21,7 +21,11 @@ bool sift_octave_usable(const cv::KeyPoint &kp, cv::Size image) {
     if (o.octave < -1 || o.octave > sift_max_octave(image)) return false;
     if (o.layer < 1 || o.layer > kSiftLayers) return false;
     const float in_octave = std::ldexp(kp.size, -o.octave);
-    return in_octave >= 1.0f && in_octave <= kSiftMaxOctaveSize;
+    if (!(in_octave >= 1.0f && in_octave <= kSiftMaxOctaveSize)) return false;
+    // The descriptor bins orientations relative to the keypoint's angle and
+    // wraps a bin index by one turn at most; an angle further out indexes
+    // past its histogram.
+    return kp.angle >= 0.0f && kp.angle <= 360.0f;
 }
 
 } // namespace

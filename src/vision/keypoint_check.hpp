@@ -35,8 +35,9 @@ constexpr float kSiftMaxOctaveSize = 64.0f;
 // A keypoint `kind` may describe on an image of `image` size: position
 // finite and inside the image, size finite and at least one pixel, angle
 // and response finite, and for SIFT an octave from -1 to sift_max_octave,
-// a layer from 1 to 3 and a diameter of 1 to kSiftMaxOctaveSize pixels in
-// its octave; for ORB an octave naming one of its pyramid levels.
+// a layer from 1 to 3, a diameter of 1 to kSiftMaxOctaveSize pixels in its
+// octave and an angle of 0 to 360 degrees; for ORB an octave naming one of
+// its pyramid levels.
 bool keypoint_usable(const cv::KeyPoint &kp, DetectorKind kind, cv::Size image);
 
 // Every keypoint of the set is usable.

@@ -131,6 +131,20 @@ TEST(KeypointCheck, SiftSizeMeasuredInItsOwnOctave) {
     EXPECT_FALSE(creates(row_of(256004, sift_word(2, 1)), RECOGNISER_SIFT));
 }
 
+TEST(KeypointCheck, SiftAngleWithinOneTurn) {
+    // row_of gives 45 degrees; SIFT's orientation bins wrap by one turn only.
+    const auto with_angle = [](int32_t angle) {
+        auto kps = row_of(4000, sift_word(0, 1));
+        kps[5].angle = angle;
+        return kps;
+    };
+    EXPECT_TRUE(creates(with_angle(0), RECOGNISER_SIFT));
+    EXPECT_TRUE(creates(with_angle(360000), RECOGNISER_SIFT));
+    EXPECT_FALSE(creates(with_angle(-1), RECOGNISER_SIFT));
+    EXPECT_FALSE(creates(with_angle(360001), RECOGNISER_SIFT));
+    EXPECT_FALSE(creates(with_angle(654311501), RECOGNISER_SIFT));
+}
+
 TEST(KeypointCheck, OrbOctaveNamesOneOfEightLevels) {
     EXPECT_TRUE(creates(row_of(31000, 7), RECOGNISER_ORB));
     EXPECT_FALSE(creates(row_of(31000, 8), RECOGNISER_ORB));
