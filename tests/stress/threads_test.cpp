@@ -93,7 +93,11 @@ TEST(ThreadStress, DistinctRecordsOnSeveralThreadsMatchOneThread) {
         SCOPED_TRACE(t);
         const Work &a = alone[size_t(t)], &b = together[size_t(t)];
         EXPECT_EQ(a.load_status, b.load_status);
-        EXPECT_EQ(0, std::memcmp(&a.loaded, &b.loaded, sizeof a.loaded));
+        int differing_cells = 0; // x, y, z: the loaders leave flags and padding alone
+        for (int k = 0; k < 4225; ++k)
+            differing_cells +=
+                std::memcmp(&a.loaded.cell[k], &b.loaded.cell[k], 3 * sizeof(double)) != 0;
+        EXPECT_EQ(0, differing_cells);
         EXPECT_EQ(a.colour_status, b.colour_status);
         EXPECT_EQ(a.coloured, b.coloured);
         EXPECT_EQ(a.found.status, b.found.status);
