@@ -12,6 +12,8 @@ echo "demo: building the library, the vexo tool and the examples"
 bash scripts/build.sh vexo_tool vexo_examples >/dev/null
 vexo=./build/tools/vexo
 out=out/demo
+# The tool never overwrites an output unasked; each run starts afresh.
+rm -rf "$out"
 mkdir -p "$out"
 run() { echo; echo "\$ vexo $*"; "$vexo" "$@"; }
 

@@ -1,179 +1,186 @@
 // SPDX-License-Identifier: MIT
 #include "cli.hpp"
 
+#include <cctype>
 #include <cerrno>
+#include <cmath>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace cli {
 
-bool Args::wants_help() const {
-    for (const std::string &w : words_)
-        if (w == "--help" || w == "-h") return true;
-    return false;
+Global &global() {
+    static Global g;
+    return g;
 }
 
-std::string Args::next(const char *what) {
-    if (empty() || (peek().size() > 2 && peek().compare(0, 2, "--") == 0))
-        throw Failure(std::string("missing ") + what);
-    return words_[pos_++];
+void say(const char *format, ...) {
+    if (global().quiet) return;
+    va_list args;
+    va_start(args, format);
+    std::vprintf(format, args);
+    va_end(args);
 }
 
-bool Args::flag(const char *name) {
-    for (size_t i = pos_; i < words_.size(); ++i)
-        if (words_[i] == name) {
-            words_.erase(words_.begin() + long(i));
-            return true;
-        }
-    return false;
+std::string status_text(uint32_t status) {
+    return std::string(vexo_util_status_text(status)) + " (" + vexo_util_status_name(status) +
+           ", " + std::to_string(status) + ")";
 }
 
-std::vector<std::string> Args::option(const char *name, int count) {
-    for (size_t i = pos_; i < words_.size(); ++i) {
-        if (words_[i] != name) continue;
-        if (i + size_t(count) >= words_.size())
-            throw Failure(std::string(name) + " needs " + std::to_string(count) + " value(s)");
-        std::vector<std::string> values(words_.begin() + long(i) + 1,
-                                        words_.begin() + long(i) + 1 + count);
-        words_.erase(words_.begin() + long(i), words_.begin() + long(i) + 1 + count);
-        return values;
-    }
-    return {};
-}
-
-std::vector<std::string> Args::take_rest() {
-    std::vector<std::string> rest(words_.begin() + long(pos_), words_.end());
-    pos_ = words_.size();
-    return rest;
-}
-
-void Args::finish() const {
-    if (!empty()) throw Failure("unexpected argument '" + words_[pos_] + "'");
-}
-
-double to_double(const std::string &text, const char *what) {
+double number_in(const std::string &text, double lo, double hi, const char *what) {
     errno = 0;
     char *end = nullptr;
     const double v = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end != '\0' || errno == ERANGE)
-        throw Failure(std::string("bad number for ") + what + ": '" + text + "'");
-    return v;
-}
-
-long to_long(const std::string &text, const char *what) {
-    errno = 0;
-    char *end = nullptr;
-    const long v = std::strtol(text.c_str(), &end, 10);
-    if (text.empty() || *end != '\0' || errno == ERANGE)
-        throw Failure(std::string("bad whole number for ") + what + ": '" + text + "'");
-    return v;
-}
-
-std::string status_name(uint32_t status) {
-    const char *name = "unknown status";
-    switch (status) {
-    case VEXO_OK:
-        name = "VEXO_OK";
-        break;
-    case VEXO_ERROR_NO_RESULT:
-        name = "VEXO_ERROR_NO_RESULT";
-        break;
-    case VEXO_ERROR_INVALID_DATA:
-        name = "VEXO_ERROR_INVALID_DATA";
-        break;
-    case VEXO_ERROR_NO_HANDLE:
-        name = "VEXO_ERROR_NO_HANDLE";
-        break;
-    case VEXO_ERROR_NO_MEMORY:
-        name = "VEXO_ERROR_NO_MEMORY";
-        break;
-    case VEXO_ERROR_INVALID_PARAMETER:
-        name = "VEXO_ERROR_INVALID_PARAMETER";
-        break;
-    case VEXO_ERROR_FILE_ACCESS:
-        name = "VEXO_ERROR_FILE_ACCESS";
-        break;
-    case VEXO_ERROR_OPEN_FILE:
-        name = "VEXO_ERROR_OPEN_FILE (cannot open)";
-        break;
-    case VEXO_ERROR_WRITE_FILE:
-        name = "VEXO_ERROR_WRITE_FILE";
-        break;
-    case VEXO_ERROR_READ_FILE:
-        name = "VEXO_ERROR_READ_FILE (file too short or unreadable)";
-        break;
-    case VEXO_ERROR_NUMERIC:
-        name = "VEXO_ERROR_NUMERIC";
-        break;
-    case VEXO_ERROR_INVALID_HEADER:
-        name = "VEXO_ERROR_INVALID_HEADER";
-        break;
-    case VEXO_ERROR_UNKNOWN_FORMAT:
-        name = "VEXO_ERROR_UNKNOWN_FORMAT";
-        break;
-    case VEXO_ERROR_NO_RATIO_MATCH:
-        name = "VEXO_ERROR_NO_RATIO_MATCH";
-        break;
-    case VEXO_ERROR_NO_POINT_PAIRS:
-        name = "VEXO_ERROR_NO_POINT_PAIRS";
-        break;
-    default:
-        break;
+    if (text.empty() || *end != '\0')
+        throw Usage(std::string(what) + ": '" + text + "' is not a number");
+    if (!(v >= lo && v <= hi)) {
+        char range[96];
+        std::snprintf(range, sizeof range, "%g .. %g", lo, hi);
+        throw Usage(std::string(what) + ": " + text + " is outside " + range);
     }
-    return std::string(name) + " [" + std::to_string(status) + "]";
+    return v;
 }
 
 namespace {
-struct Extension {
-    const char *lower;
-    const char *upper;
-    uint32_t format;
-    const char *label;
+
+std::string errno_text() {
+    return std::strerror(errno);
+}
+
+std::string size_text(size_t bytes) {
+    char text[64];
+    if (bytes >= (size_t{1} << 20))
+        std::snprintf(text, sizeof text, "%.1f MiB", bytes / 1048576.0);
+    else
+        std::snprintf(text, sizeof text, "%zu bytes", bytes);
+    return text;
+}
+
+// Opens without blocking (a FIFO without writer would block an ordinary
+// open), then insists on a regular file.
+int open_regular(const std::string &path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) throw Failure(path + ": cannot open: " + errno_text());
+    struct stat st;
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        throw Failure(path + ": not a regular file");
+    }
+    return fd;
+}
+
+std::vector<uint8_t> read_fd(int fd, const std::string &name, size_t limit) {
+    std::vector<uint8_t> bytes;
+    uint8_t block[65536];
+    for (;;) {
+        const ssize_t n = ::read(fd, block, sizeof block);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) throw Failure(name + ": read error: " + errno_text());
+        if (n == 0) break;
+        if (bytes.size() + size_t(n) > limit)
+            throw Failure(name + ": larger than the limit of " + size_text(limit));
+        bytes.insert(bytes.end(), block, block + n);
+    }
+    return bytes;
+}
+
+struct Fd {
+    int fd;
+    ~Fd() {
+        if (fd >= 0) ::close(fd);
+    }
 };
-// The library's search order: ".scor" before ".cor", and so on.
-const Extension kExtensions[] = {
-    {".scor", ".SCOR", VEXO_CORR_FORMAT_SCOR, "scor"},
-    {".cor", ".COR", VEXO_CORR_FORMAT_COR, "cor"},
-    {".crt", ".CRT", VEXO_CORR_FORMAT_CRT, "crt"},
-    {".ucf", ".UCF", VEXO_CORR_FORMAT_UCF, "ucf"},
-    {".ctb", ".CTB", VEXO_CORR_FORMAT_CTB, "ctb"},
-    {".ct5", ".CT5", VEXO_CORR_FORMAT_CT5, "ct5"},
-    {".gcd", ".GCD", VEXO_CORR_FORMAT_GCD, "gcd"},
-    {".kxo", ".KXO", VEXO_CORR_FORMAT_KXO, "kxo"},
-    {".xml", ".XML", VEXO_CORR_FORMAT_XML, "xml"},
-    {".txt", ".TXT", VEXO_CORR_FORMAT_TXT, "txt"},
-    {".fcr", ".FCR", VEXO_CORR_FORMAT_FCR, "fcr"},
-};
+
+std::string folder_of(const std::string &path) {
+    const size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// A new empty file beside `target` with the permissions a plain create
+// would give it.
+std::string make_temporary(const std::string &target) {
+    const std::string folder = folder_of(target);
+    struct stat st;
+    if (::stat(folder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode))
+        throw Failure(target + ": cannot write: folder '" + folder + "' does not exist");
+    const size_t slash = target.rfind('/');
+    const std::string base = slash == std::string::npos ? target : target.substr(slash + 1);
+    const std::string name = folder + "/.vexo-" + base + ".XXXXXX";
+    std::vector<char> buffer(name.begin(), name.end());
+    buffer.push_back('\0');
+    const int fd = ::mkstemp(buffer.data());
+    if (fd < 0)
+        throw Failure(target + ": cannot create a file in '" + folder + "': " + errno_text());
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    ::fchmod(fd, 0666 & ~mask);
+    ::close(fd);
+    return buffer.data();
+}
+
+void copy_to_stdout(const std::string &tmp) {
+    Fd in{::open(tmp.c_str(), O_RDONLY | O_CLOEXEC)};
+    if (in.fd < 0) throw Failure("cannot read back the output: " + errno_text());
+    const std::vector<uint8_t> bytes = read_fd(in.fd, "output", SIZE_MAX);
+    if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size() ||
+        std::fflush(stdout) != 0)
+        throw Failure("cannot write to standard output: " + errno_text());
+}
+
 } // namespace
 
-uint32_t format_from_name(const std::string &path) {
-    for (const Extension &e : kExtensions)
-        if (path.find(e.lower) != std::string::npos || path.find(e.upper) != std::string::npos)
-            return e.format;
-    return 0;
+void require_regular_file(const std::string &path) {
+    Fd fd{open_regular(path)};
 }
 
-const char *format_label(uint32_t format) {
-    for (const Extension &e : kExtensions)
-        if (e.format == format) return e.label;
-    return "unknown";
+std::vector<uint8_t> read_input(const std::string &path, size_t limit) {
+    if (path == "-") return read_fd(STDIN_FILENO, "standard input", limit);
+    Fd fd{open_regular(path)};
+    struct stat st;
+    if (::fstat(fd.fd, &st) == 0 && size_t(st.st_size) > limit)
+        throw Failure(path + ": " + size_text(size_t(st.st_size)) +
+                      " is larger than the limit of " + size_text(limit));
+    return read_fd(fd.fd, path, limit);
 }
 
-std::vector<uint8_t> read_file(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw Failure(path + ": cannot open: " + std::strerror(errno));
-    return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)),
-                                std::istreambuf_iterator<char>());
+void write_output(const std::string &path,
+                  const std::function<void(const std::string &tmp)> &writer) {
+    if (path != "-" && !global().force && ::access(path.c_str(), F_OK) == 0)
+        throw Failure(path + ": exists (use --force to overwrite)");
+    std::string tmp;
+    if (path == "-") {
+        const char *dir = std::getenv("TMPDIR");
+        tmp = make_temporary(std::string(dir && *dir ? dir : "/tmp") + "/stdout");
+    } else {
+        tmp = make_temporary(path);
+    }
+    try {
+        writer(tmp);
+        if (path == "-") {
+            copy_to_stdout(tmp);
+            ::unlink(tmp.c_str());
+        } else if (::rename(tmp.c_str(), path.c_str()) != 0) {
+            throw Failure(path + ": cannot replace: " + errno_text());
+        }
+    } catch (...) {
+        ::unlink(tmp.c_str());
+        throw;
+    }
 }
 
-void write_file(const std::string &path, const std::vector<uint8_t> &bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    if (!out) throw Failure(path + ": cannot create: " + std::strerror(errno));
-    out.write(reinterpret_cast<const char *>(bytes.data()), std::streamsize(bytes.size()));
-    if (!out) throw Failure(path + ": write failed");
+std::string final_extension(const std::string &path) {
+    const size_t slash = path.rfind('/');
+    const size_t dot = path.rfind('.');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
+    std::string ext = path.substr(dot + 1);
+    for (char &c : ext) c = char(std::tolower(static_cast<unsigned char>(c)));
+    return ext;
 }
 
 } // namespace cli

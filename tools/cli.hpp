@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Small helpers shared by the vexo tool's commands: argument parsing that
-// reports what was wrong, status names, and file-kind detection.
+// What every command of the vexo tool shares: the two kinds of failure
+// (exit 1 and exit 2), status wording from the library, number checks, and
+// file reading and writing that never hangs on a pipe and never leaves half
+// a file.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -12,46 +15,46 @@
 
 namespace cli {
 
-// A user-facing failure: printed as "vexo: <message>", exit code 1.
+// A failure of the work: printed as "vexo GROUP COMMAND: <message>", exit 1.
 struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The arguments after the command words, consumed front to back.
-class Args {
-public:
-    Args(std::vector<std::string> words) : words_(std::move(words)) {}
-    bool empty() const { return pos_ >= words_.size(); }
-    bool wants_help() const;
-    const std::string &peek() const { return words_[pos_]; }
-    // The next positional argument, named `what` in error messages.
-    std::string next(const char *what);
-    // Removes "--name" and returns true when present.
-    bool flag(const char *name);
-    // Removes "--name VALUE..." (count values) and returns the values; empty
-    // when absent.  Repeated options are returned one call at a time.
-    std::vector<std::string> option(const char *name, int count = 1);
-    // All words not consumed yet, in order (the caller interprets them).
-    std::vector<std::string> take_rest();
-    // Fails when unconsumed words remain.
-    void finish() const;
-
-private:
-    std::vector<std::string> words_;
-    size_t pos_ = 0;
+// A usage error found after parsing (a value out of its range): exit 2.
+struct Usage : std::runtime_error {
+    using std::runtime_error::runtime_error;
 };
 
-double to_double(const std::string &text, const char *what);
-long to_long(const std::string &text, const char *what);
+// Options every command understands.
+struct Global {
+    bool quiet = false; // -q: no progress lines ("written to ..."), results still
+    bool force = false; // --force: overwrite outputs, write tables that fail checks
+};
+Global &global();
 
-// "VEXO_ERROR_OPEN_FILE (19)" and the like.
-std::string status_name(uint32_t status);
+// Prints a progress line to stdout unless -q was given.
+void say(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
-// Format number by the same extension rules the library applies, or 0.
-uint32_t format_from_name(const std::string &path);
-const char *format_label(uint32_t format);
+// "file could not be opened (VEXO_ERROR_OPEN_FILE, 19)".
+std::string status_text(uint32_t status);
 
-std::vector<uint8_t> read_file(const std::string &path);
-void write_file(const std::string &path, const std::vector<uint8_t> &bytes);
+// A number that must lie in lo..hi (NaN never does); `what` names the option.
+double number_in(const std::string &text, double lo, double hi, const char *what);
+
+// Reads a whole file (or standard input for "-") of at most `limit` bytes.
+// Refuses anything that is not a regular file before reading from it, so a
+// pipe without a writer cannot block the tool.
+std::vector<uint8_t> read_input(const std::string &path, size_t limit);
+// Fails unless path names a regular file (checked without blocking).
+void require_regular_file(const std::string &path);
+
+// Writes an output: for "-" the writer fills a temporary file whose bytes go
+// to standard output; otherwise into a temporary file beside the target,
+// renamed over it only when complete.  An existing target needs --force.
+void write_output(const std::string &path,
+                  const std::function<void(const std::string &tmp)> &writer);
+
+// Lower-case extension after the last dot of the last path component ("" if none).
+std::string final_extension(const std::string &path);
 
 } // namespace cli

@@ -1,38 +1,38 @@
 // SPDX-License-Identifier: MIT
-// The command table of the vexo tool.
+// The command groups of the vexo tool.  Each group adds its subcommands to
+// the root application; vexo.cpp lists the groups.  A command is a CLI11
+// subcommand whose callback does the work and throws cli::Failure (exit 1)
+// or cli::Usage (exit 2).
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
 
 #include "cli.hpp"
 
 namespace tool {
 
-struct Command {
-    const char *name;
-    const char *usage;
-    const char *summary;
-    int (*run)(cli::Args &args);
-};
+void add_corr_group(CLI::App &root);
+#ifdef VEXO_TOOL_VISION
+void add_calib_group(CLI::App &root);
+void add_pattern_group(CLI::App &root);
+#endif
 
-struct CommandGroup {
-    const char *name;
-    const char *summary;
-    const Command *commands;
-    size_t count;
-};
+// A group: a subcommand that needs one of its own subcommands.
+CLI::App *add_group(CLI::App &root, const char *name, const char *summary);
 
-template <size_t N>
-CommandGroup make_group(const char *name, const char *summary, const Command (&commands)[N]) {
-    return CommandGroup{name, summary, commands, N};
-}
+// --json, as every command that prints results spells it.
+void add_json_flag(CLI::App *cmd, bool &json);
 
-CommandGroup corr_group();
-CommandGroup calib_group();
-CommandGroup pattern_group();
+// A number check that also refuses NaN (CLI::Range lets it through).
+CLI::Validator finite_range(double lo, double hi);
 
-int corr_plot(cli::Args &args);
-uint32_t corr_format_option(cli::Args &args);
+// Prints a JSON document on stdout.
+void print_json(const std::string &text);
+
+// corr plot lives in its own file.
+void add_corr_plot(CLI::App *group);
 
 } // namespace tool
