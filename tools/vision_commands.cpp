@@ -154,16 +154,17 @@ CalibrationRecord read_record(const std::string &path) {
 }
 
 // RMS distance in pixels between the found corners and the board's corners
-// projected through the record's camera (pose fitted to the corners).
+// projected through the record's camera (pose fitted to the corners), with
+// the board model the calibration itself uses.
 double reprojection_error(const int32_t *corners, int cols, int rows, const Intrinsics &in) {
     std::vector<cv::Point3f> board;
     std::vector<cv::Point2f> found;
-    for (int r = 0; r < rows; ++r)
-        for (int c = 0; c < cols; ++c) {
-            board.emplace_back(float(c), float(r), 0.f);
-            const size_t i = size_t(r * cols + c);
-            found.emplace_back(float(corners[2 * i]), float(corners[2 * i + 1]));
-        }
+    // The board model the calibration fits: corner i at (i / cols as a real
+    // quotient, i mod cols, 0).
+    for (int i = 0; i < rows * cols; ++i) {
+        board.emplace_back(float(double(i) / cols), float(i % cols), 0.f);
+        found.emplace_back(float(corners[2 * i]), float(corners[2 * i + 1]));
+    }
     const cv::Mat k(3, 3, CV_64F, const_cast<double *>(in.camera));
     const cv::Mat d(1, 4, CV_64F, const_cast<double *>(in.distortion));
     cv::Mat rvec, tvec;
@@ -418,7 +419,7 @@ void write_keypoints(const std::string &path, uint32_t options, const PatternKey
 
 struct TeachOptions {
     std::string image, out, detector;
-    std::vector<int> box;
+    int box[4] = {0, 0, 0, 0};
 };
 
 void add_teach(CLI::App *group) {
@@ -426,7 +427,9 @@ void add_teach(CLI::App *group) {
     CLI::App *cmd = group->add_subcommand(
         "teach", "Teach the pattern inside a rectangle of a picture as keypoints");
     cmd->add_option("IMAGE", o->image, "PNG, JPEG or BMP picture")->required();
-    cmd->add_option("BOX", o->box, "LEFT TOP RIGHT BOTTOM in pixels")->required()->expected(4);
+    const char *sides[4] = {"LEFT", "TOP", "RIGHT", "BOTTOM"};
+    for (int i = 0; i < 4; ++i)
+        cmd->add_option(sides[i], o->box[i], "rectangle side in pixels")->required();
     cmd->add_option("OUT", o->out, "keypoint file to write")->required();
     cmd->add_option("--detector", o->detector, "sift, surf or orb (default: the one finding most)")
         ->check(CLI::IsMember({"sift", "surf", "orb"}));

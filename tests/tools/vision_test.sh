@@ -1,0 +1,162 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# calib and pattern: records and keypoint files checked when read, pictures
+# checked before decoding, intrinsics and reprojection error printed.
+source "$(dirname "$0")/tool_lib.sh"
+
+# A grey PNG chessboard written here: 8 x 6 squares (7 x 5 inner corners)
+# seen at a slant, so that one view fixes the camera.
+write_board() {
+    python3 - "$1" <<'PY'
+import struct, sys, zlib
+# A 8 x 6 board of 40 px squares seen at a slant: each image pixel (x, y)
+# maps back to board coordinates through a fixed homography.
+w, h, s = 480, 400, 40
+G = [[1.0, 0.08, -60.0], [0.03, 1.0, -50.0], [0.0006, 0.0004, 1.0]]
+rows = bytearray()
+for y in range(h):
+    rows.append(0)
+    for x in range(w):
+        d = G[2][0] * x + G[2][1] * y + G[2][2]
+        u = (G[0][0] * x + G[0][1] * y + G[0][2]) / d
+        v = (G[1][0] * x + G[1][1] * y + G[1][2]) / d
+        inside = 0 <= u < 8 * s and 0 <= v < 6 * s
+        rows.append(0 if inside and (int(u // s) + int(v // s)) % 2 == 0 else 255)
+def chunk(kind, body):
+    return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
+png = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", w, h, 8, 0, 0, 0, 0))
+png += chunk(b"IDAT", zlib.compress(bytes(rows))) + chunk(b"IEND", b"")
+open(sys.argv[1], "wb").write(png)
+PY
+}
+
+# A grey PNG of random 8-pixel blocks (a pattern no part of which repeats).
+write_texture() {
+    python3 - "$1" <<'PY'
+import random, struct, sys, zlib
+random.seed(7)
+w, h = 320, 240
+cells = [[random.randrange(256) for _ in range(w // 8)] for _ in range(h // 8)]
+rows = b"".join(b"\0" + bytes(cells[y // 8][x // 8] for x in range(w)) for y in range(h))
+def chunk(kind, body):
+    return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
+png = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", w, h, 8, 0, 0, 0, 0))
+png += chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
+open(sys.argv[1], "wb").write(png)
+PY
+}
+
+# A PNG whose header claims W x H pixels (no pixel data follows).
+write_png_header() {
+    python3 - "$1" "$2" "$3" <<'PY'
+import struct, sys, zlib
+body = struct.pack(">IIBBBBB", int(sys.argv[2]), int(sys.argv[3]), 8, 0, 0, 0, 0)
+ihdr = struct.pack(">I", 13) + b"IHDR" + body + struct.pack(">I", zlib.crc32(b"IHDR" + body))
+open(sys.argv[1], "wb").write(b"\x89PNG\r\n\x1a\n" + ihdr)
+PY
+}
+
+case_board_prints_intrinsics_and_error() {
+    write_board board.png
+    run "$vexo" calib board board.png 7 5 cam.rec
+    expect_rc 0
+    expect_out "corners:      35 found"
+    expect_out "camera:       fx [0-9]"
+    expect_out "distortion:   k1"
+    expect_out "reprojection: [0-9.]* pixels RMS"
+    [ "$(stat -c %s cam.rec)" -eq 216 ] || fail "record size $(stat -c %s cam.rec)"
+}
+
+case_board_json() {
+    write_board board.png
+    run "$vexo" calib board board.png 7 5 cam.rec --json
+    expect_rc 0
+    json_check '
+assert d["corners_found"] == 35, d["corners_found"]
+assert d["fx"] > 0 and d["fy"] > 0, (d["fx"], d["fy"])
+assert 0 <= d["reprojection_error_px"] < 1.5, d["reprojection_error_px"]
+assert (d["width"], d["height"]) == (480, 400), (d["width"], d["height"])
+assert len(d["camera"]) == 9 and d["camera"][8] == 1.0, d["camera"]'
+}
+
+case_info_of_a_record() {
+    write_board board.png
+    "$vexo" -q calib board board.png 7 5 cam.rec >/dev/null
+    run "$vexo" calib info cam.rec --json
+    expect_rc 0
+    json_check 'assert (d["width"], d["height"]) == (480, 400) and d["reprojection_error_px"] is None, d'
+    run "$vexo" calib info cam.rec --image board.png --board 7 5
+    expect_rc 0
+    expect_out "reprojection: [0-9.]* pixels RMS on board.png"
+}
+
+case_any_216_bytes_is_not_a_record() {
+    head -c 216 /dev/zero >zero.rec
+    write_board board.png
+    run "$vexo" calib apply zero.rec board.png out.png
+    expect_rc 1
+    expect_err "zero.rec: not a usable calibration record: size 0 x 0 is outside 1..8192"
+    [ ! -e out.png ] || fail "out.png written"
+}
+
+case_record_of_wrong_size() {
+    head -c 100 /dev/zero >short.rec
+    run "$vexo" calib info short.rec
+    expect_rc 1
+    expect_err "short.rec: not a calibration record (100 bytes where a record has 216)"
+}
+
+case_board_not_found_names_image() {
+    write_board board.png
+    run "$vexo" calib board board.png 9 9 cam.rec
+    expect_rc 1
+    expect_err "board.png: chessboard of 9 x 9 inner corners not found"
+}
+
+case_not_a_picture_one_clean_line() {
+    printf 'hello' >junk.png
+    run "$vexo" calib board junk.png 7 5 cam.rec
+    expect_rc 1
+    [ "$(wc -l <err)" -eq 1 ] || fail "more than one line: $(cat err)"
+    expect_err "^vexo calib board: junk.png: not a PNG, JPEG or BMP picture"
+}
+
+case_fifo_picture_refused_without_hang() {
+    mkfifo pipe.png
+    run timeout 20 "$vexo" pattern teach pipe.png 0 0 10 10 out.kp
+    expect_rc 1
+    expect_err "pipe.png: not a regular file"
+}
+
+case_too_large_picture_names_size_and_limit() {
+    write_png_header big.png 16384 16384
+    run "$vexo" pattern teach big.png 0 0 100 100 out.kp
+    expect_rc 1
+    expect_err "big.png: 16384 x 16384 pixels; the limit is [0-9]* pixels"
+}
+
+case_zero_keypoints_refused() {
+    printf 'VXKP\0\0\0\0\0\0\0\0' >zero.kp
+    write_board board.png
+    run "$vexo" pattern find zero.kp board.png board.png
+    expect_rc 1
+    expect_err "zero.kp: holds 0 keypoints; a recogniser needs at least 3"
+}
+
+case_damaged_keypoint_file() {
+    printf 'VXKP\0\0\0\0\5\0\0\0abc' >bad.kp
+    write_board board.png
+    run "$vexo" pattern find bad.kp board.png board.png
+    expect_rc 1
+    expect_err "bad.kp: damaged: 15 bytes for 5 keypoints (expected 152)"
+}
+
+case_teach_and_find_json() {
+    write_texture tex.png
+    "$vexo" -q pattern teach tex.png 40 40 280 200 tex.kp --detector orb || fail "teach"
+    run "$vexo" pattern find tex.kp tex.png tex.png --json
+    expect_rc 0
+    json_check 'assert abs(d["x"]) < 1 and abs(d["y"]) < 1 and abs(d["rotation"]) < 1, d'
+}
+
+run_case
