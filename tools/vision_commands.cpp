@@ -505,8 +505,14 @@ void add_find(CLI::App *group) {
         const uint32_t status = uint32_t(result.status);
         const double x = result.x, y = result.y, rotation = result.rotation;
 #endif
+        std::string reached;
+#ifdef VEXO_RECOGNISER_ROBUST
+        reached = " (" + std::to_string(report.matches) + " matches, " +
+                  std::to_string(report.inliers) + " inliers)";
+#endif
         if (status != VEXO_OK)
-            throw cli::Failure(o->image + ": pattern not found: " + cli::status_text(status));
+            throw cli::Failure(o->image + ": pattern not found: " + cli::status_text(status) +
+                               reached);
         j["x"] = x, j["y"] = y, j["rotation"] = rotation;
         if (o->json) {
             print_json(j.dump(2));

@@ -159,4 +159,18 @@ case_teach_and_find_json() {
     json_check 'assert abs(d["x"]) < 1 and abs(d["y"]) < 1 and abs(d["rotation"]) < 1, d'
 }
 
+case_find_reports_matches_inliers_scale() {
+    grep -q VEXO_RECOGNISER_ROBUST "$here/../../include/vexo.h" || skip "no robust recogniser"
+    write_texture tex.png
+    "$vexo" -q pattern teach tex.png 40 40 280 200 tex.kp --detector orb || fail "teach"
+    run "$vexo" pattern find tex.kp tex.png tex.png --robust --json
+    expect_rc 0
+    json_check '
+assert d["matches"] >= 3 and 0 < d["inliers"] <= d["matches"], d
+assert abs(d["scale"] - 1) < 0.01, d'
+    run "$vexo" pattern find tex.kp tex.png tex.png
+    expect_rc 0
+    expect_out "scale 1.0[0-9]*  matches [0-9]*  inliers [0-9]*"
+}
+
 run_case
