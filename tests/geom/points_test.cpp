@@ -114,7 +114,8 @@ TEST(GeomPointHeight, PlaneVerticesFlatAndMissing) {
         EXPECT_NEAR(z, c.z, c.tolerance) << c.p.x << ", " << c.p.y << ", " << c.p.z;
     }
     const GeomPoint line[3] = {point(0, 0, 0), point(1, 1, 1), point(2, 2, 5)}; // flat in XY
-    EXPECT_TRUE(vexo_geom_point_height(&tri[1], line, &z) == VEXO_OK && !std::isfinite(z));
+    EXPECT_EQ(vexo_geom_point_height(&tri[1], line, &z), VEXO_OK);
+    EXPECT_FALSE(std::isfinite(z));
     z = 7;
     EXPECT_EQ(vexo_geom_point_height(nullptr, tri, &z), VEXO_ERROR_INVALID_PARAMETER);
     EXPECT_EQ(vexo_geom_point_height(&tri[0], nullptr, &z), VEXO_ERROR_INVALID_PARAMETER);

@@ -36,20 +36,21 @@ uint32_t reduce_step_by_step(GeomPoint *p, uint32_t count, double min_dist, bool
         return min_dist > std::sqrt(dx * dx + dy * dy + dz * dz);
     };
     for (uint32_t a = 0, i = 1; count > 1 && i < count;) {
-        if (p[i].flags & 1u) {
+        if (p[i].flags & VEXO_POINT_END) {
             ++a, ++i;
         } else if (close(p[a], p[i])) {
-            p[a].flags &= ~5u, p[i++].flags |= 2u;
+            p[a].flags &= ~(VEXO_POINT_END | VEXO_POINT_END_MARK),
+                p[i++].flags |= VEXO_POINT_PROCESSED;
         } else {
-            while ((p[++a].flags & 2u) && a + 1 < count) continue;
+            while ((p[++a].flags & VEXO_POINT_PROCESSED) && a + 1 < count) continue;
             i = a + 1;
         }
     }
     count = vexo::remove_processed(p, count);
     for (uint32_t k = 2; k < count; ++k)
-        if ((p[k - 2].flags & 1u) && !(p[k - 1].flags & 1u) && (p[k].flags & 1u) &&
-            close(p[k], p[k - 1]))
-            p[k - 1].flags |= 2u, p[k].flags |= 2u;
+        if ((p[k - 2].flags & VEXO_POINT_END) && !(p[k - 1].flags & VEXO_POINT_END) &&
+            (p[k].flags & VEXO_POINT_END) && close(p[k], p[k - 1]))
+            p[k - 1].flags |= VEXO_POINT_PROCESSED, p[k].flags |= VEXO_POINT_PROCESSED;
     return vexo::remove_processed(p, count);
 }
 
@@ -82,11 +83,14 @@ TEST(GeomReduce, WorkedCasesQuirksAndMissingArrays) {
     for (Reducer r : {vexo_geom_reduce, vexo_geom_reduce_2d, vexo_geom_reduce_by_angle,
                       vexo_geom_reduce_by_angle_2d}) {
         uint32_t count = 5;
-        EXPECT_TRUE(r(nullptr, &count, 1.0) == nullptr && count == 5);
+        EXPECT_EQ(r(nullptr, &count, 1.0), nullptr);
+        EXPECT_EQ(count, 5);
         GeomPoint two[2] = {p(0, 0, 2), p(9, 9, 1)};
         EXPECT_EQ(r(two, nullptr, 1.0), two);
         count = 2; // a point the caller marked processed is compacted away
-        EXPECT_TRUE(r(two, &count, 1.0) == two && count == 1 && two[0].x == 9.0);
+        EXPECT_EQ(r(two, &count, 1.0), two);
+        EXPECT_EQ(count, 1);
+        EXPECT_EQ(two[0].x, 9.0);
     }
 }
 
@@ -102,8 +106,9 @@ TEST(GeomReduce, MatchesTheStepByStepReductionOnLargeArrays) {
         for (uint32_t i = 0; i < n; ++i) {
             x += step(rng);
             y += step(rng);
-            const uint32_t flags = (rng() % (2 + round) == 0 ? 1u : 0u) |
-                                   (rng() % 9 == 0 ? 4u : 0u) | (rng() % 50 == 0 ? 2u : 0u);
+            const uint32_t flags = (rng() % (2 + round) == 0 ? VEXO_POINT_END : 0u) |
+                                   (rng() % 9 == 0 ? VEXO_POINT_END_MARK : 0u) |
+                                   (rng() % 50 == 0 ? VEXO_POINT_PROCESSED : 0u);
             pts[i] = {x, y, step(rng) * 0.1, flags, i};
         }
         std::vector<GeomPoint> expected = pts;
@@ -139,7 +144,10 @@ TEST(GeomReduceByAngle, BendsDegenerateLegsAndAnchorWalk) {
         {deg, bend(90), 90.0, 2}, // acos(0) in float-pi degrees
         {deg, line, 90.0, 3},
         {rad, line, 1.5, 3}, // collinear: angle 0 is kept
-        {deg, {point(0, 0, 0), point(1, 0, 0), point(2, 0, 1, 1)}, 46, 2}, // 45 degrees in z
+        {deg,
+         {point(0, 0, 0), point(1, 0, 0), point(2, 0, 1, VEXO_POINT_END)},
+         46,
+         2}, // 45 degrees in z
         {deg, back, 180.0, 2},
         {rad, back, pi_f, 3}, // 2D: a reversal is pi_f exactly
         {rad, back, std::nextafter(pi_f, 4.0), 2},
@@ -193,7 +201,8 @@ TEST(GeomSmooth, ThresholdsPassOrderEndsAndDots) {
     for (const auto &c : cases) {
         GeomPoint pts[3] = {point(c.x0, 0), point(1, 1, 5), point(c.x2, 0)};
         uint32_t status = 7;
-        EXPECT_TRUE(c.f(pts, 3, c.max_dist, &status) == pts && status == VEXO_OK);
+        EXPECT_EQ(c.f(pts, 3, c.max_dist, &status), pts);
+        EXPECT_EQ(status, VEXO_OK);
         const Xyz mean = {(1 + c.x0 + c.x2) / 3.0, 1 / 3.0, 5};
         EXPECT_EQ(xyz(pts[1]), c.moved ? mean : (Xyz{1, 1, 5})) << &c - cases;
     }
@@ -206,18 +215,26 @@ TEST(GeomSmooth, ThresholdsPassOrderEndsAndDots) {
     EXPECT_EQ(order[1].x, (0.7 + 0.1 + 0.3) / 3.0);
     // Line [0..3], a dot, line [5..8]: only points whose triple holds no
     // end flag move (1 and 6), so each line's last inner point stays too.
-    std::vector<GeomPoint> pts = {point(0, 0, 1),    point(1, 1, 2),    point(2, 0, 3),
-                                  point(3, 1, 4, 1), point(3, 2, 9, 1), point(4, 2, 5),
-                                  point(5, 3, 6),    point(6, 2, 7),    point(7, 3, 8, 5)};
+    std::vector<GeomPoint> pts = {point(0, 0, 1),
+                                  point(1, 1, 2),
+                                  point(2, 0, 3),
+                                  point(3, 1, 4, VEXO_POINT_END),
+                                  point(3, 2, 9, VEXO_POINT_END),
+                                  point(4, 2, 5),
+                                  point(5, 3, 6),
+                                  point(6, 2, 7),
+                                  point(7, 3, 8, VEXO_POINT_END | VEXO_POINT_END_MARK)};
     const std::vector<GeomPoint> before = pts;
     vexo_geom_smoothen_2d(pts.data(), static_cast<uint32_t>(pts.size()), 10.0, nullptr);
-    for (size_t i = 0; i < pts.size(); ++i)
-        EXPECT_TRUE((pts[i].y == before[i].y) == (i != 1 && i != 6) && pts[i].z == before[i].z &&
-                    pts[i].flags == before[i].flags)
-            << i;
+    for (size_t i = 0; i < pts.size(); ++i) {
+        EXPECT_EQ((pts[i].y == before[i].y), (i != 1 && i != 6)) << i;
+        EXPECT_EQ(pts[i].z, before[i].z) << i;
+        EXPECT_EQ(pts[i].flags, before[i].flags) << i;
+    }
     // Missing (status still written) or NaN: nothing moves.
     uint32_t status = 7;
-    EXPECT_TRUE(vexo_geom_smoothen_2d(nullptr, 50, 10.0, &status) == nullptr && status == VEXO_OK);
+    EXPECT_EQ(vexo_geom_smoothen_2d(nullptr, 50, 10.0, &status), nullptr);
+    EXPECT_EQ(status, VEXO_OK);
     vexo_geom_smoothen(order, 3, NAN, nullptr);
     EXPECT_EQ(order[1].x, (0.7 + 0.1 + 0.3) / 3.0);
 }
