@@ -82,7 +82,8 @@ TEST(ClipConvert, TruncatesTowardZeroAndRefusesOffGridValues) {
     const Pts once = fetch(make(a), true);
     EXPECT_TRUE(same(once, {point(1, -1, 2), point(0, 0.001, -2), point(123.456, -0.999),
                             point(1, -1, 2, kEnd)}));
-    EXPECT_TRUE(same(fetch(make(once), true), once) && all_z(fetch(make(a, k2D), true), 0.0));
+    EXPECT_TRUE(same(fetch(make(once), true), once));
+    EXPECT_TRUE(all_z(fetch(make(a, k2D), true), 0.0));
     // x*1000 must lie in int64; the last point is never read.
     auto h = make(rect(0, 0, 10, 10));
     for (double v : {kNan, kInf, -kInf, 1e16, -1e300, 9223372036854775.808})
@@ -90,9 +91,10 @@ TEST(ClipConvert, TruncatesTowardZeroAndRefusesOffGridValues) {
             Pts b = rect(0, 0, 1, 1);
             (axis == 0 ? b[1].x : axis == 1 ? b[1].y : b[1].z) = b[4].x = v;
             const bool flat = axis == 2; // 2D reads no z
-            EXPECT_TRUE(!make(b) && bool(make(b, k2D)) == flat && bool_op(h, b, kUnion) == kBad &&
-                        bool_op(h, b, kUnion | k2D) == (flat ? VEXO_OK : kBad))
-                << v << axis;
+            EXPECT_FALSE(make(b)) << v << axis;
+            EXPECT_EQ(bool(make(b, k2D)), flat) << v << axis;
+            EXPECT_EQ(bool_op(h, b, kUnion), kBad) << v << axis;
+            EXPECT_EQ(bool_op(h, b, kUnion | k2D), (flat ? VEXO_OK : kBad)) << v << axis;
         }
 }
 
@@ -151,22 +153,28 @@ TEST(ClipBool, AreasPathCountsAndSetSolution) {
         const Pts subject = fetch(h, true);
         ASSERT_EQ(bool_op(h, c.operand, c.mode) + bool_op(h, c.operand, c.mode), 2 * VEXO_OK) << k;
         const Pts out = fetch(h);
-        EXPECT_TRUE(paths(out) == c.paths && std::fabs(area(out) - c.area) < 1e-9) << k;
+        EXPECT_EQ(paths(out), c.paths) << k;
+        EXPECT_NEAR(area(out), c.area, 1e-9) << k;
         EXPECT_TRUE(same(fetch(h, true), subject)) << k; // then the result takes its place
         EXPECT_EQ(vexo_clip_set_solution(h.get()), c.paths ? VEXO_OK : kBad) << k;
-        EXPECT_TRUE(same(fetch(h, true), c.paths ? out : subject) && no_result(h)) << k;
+        EXPECT_TRUE(same(fetch(h, true), c.paths ? out : subject)) << k;
+        EXPECT_TRUE(no_result(h)) << k;
     }
 }
 
 TEST(ClipHandle, RefusedArgumentsChangeNothing) {
     const Pts sq = rect(0, 0, 10, 10, 1.0);
-    EXPECT_TRUE(!vexo_clip_create(nullptr, 5, 0) && !vexo_clip_create(sq.data(), 0, 0));
+    EXPECT_FALSE(vexo_clip_create(nullptr, 5, 0));
+    EXPECT_FALSE(vexo_clip_create(sq.data(), 0, 0));
     auto h = make(sq), far = make(rect(0, 0, 4.7e15, 10));
     for (auto get : {vexo_clip_get_result, vexo_clip_get_subject}) {
         uint32_t n = 42;
-        EXPECT_TRUE(!get(nullptr, &n) && n == 0 && !get(h.get(), nullptr));
+        EXPECT_FALSE(get(nullptr, &n));
+        EXPECT_EQ(n, 0);
+        EXPECT_FALSE(get(h.get(), nullptr));
     }
-    EXPECT_TRUE(!vexo_clip_copy_solution(h.get()) && !vexo_clip_copy_solution(nullptr));
+    EXPECT_FALSE(vexo_clip_copy_solution(h.get()));
+    EXPECT_FALSE(vexo_clip_copy_solution(nullptr));
     ASSERT_EQ(vexo_clip_copy_subject(h.get()), VEXO_OK); // a result equal to the subject
     const uint32_t statuses[] = {
         vexo_clip_bool(nullptr, sq.data(), 5, kUnion),
@@ -183,7 +191,8 @@ TEST(ClipHandle, RefusedArgumentsChangeNothing) {
         EXPECT_EQ(vexo_clip_outline(h.get(), mode, 1.0), kBad) << mode;
     for (double d : {kNan, kInf, -kInf, 1.0e11, -2.0e10})
         EXPECT_EQ(vexo_clip_outline(h.get(), kRound, d), kBad) << d;
-    EXPECT_TRUE(same(fetch(h, true), sq) && same(fetch(h), sq));
+    EXPECT_TRUE(same(fetch(h, true), sq));
+    EXPECT_TRUE(same(fetch(h), sq));
     EXPECT_EQ(vexo_clip_outline(h.get(), kMiter, 1.0e10), VEXO_OK); // the largest distance
     EXPECT_EQ(bounds(fetch(h)), (Box{-1e10, -1e10, 1e10 + 10, 1e10 + 10}));
 }
@@ -194,12 +203,15 @@ TEST(ClipHandle, CopySubjectAndCopySolution) {
     auto h = make(tri + rect(20, 0, 25, 5, 6, 0));
     ASSERT_EQ(vexo_clip_copy_subject(h.get()), VEXO_OK);
     const Pts copied = fetch(h);
-    EXPECT_TRUE(same(copied, fetch(h, true)) && copied.size() == 4 + 5 && all_z(copied, 2.0));
+    EXPECT_TRUE(same(copied, fetch(h, true)));
+    EXPECT_EQ(copied.size(), 4 + 5);
+    EXPECT_TRUE(all_z(copied, 2.0));
     ASSERT_EQ(bool_op(h, rect(-1, -1, 30, 1), kDiff), VEXO_OK);
     Handle copy(vexo_clip_copy_solution(h.get()), vexo_clip_release); // outlives the original
     h.reset();
     const Pts taken = fetch(copy, true);
-    EXPECT_TRUE(paths(taken) == 2 && no_result(copy));
+    EXPECT_EQ(paths(taken), 2);
+    EXPECT_TRUE(no_result(copy));
     EXPECT_NEAR(area(taken), 4.5 + 20.0, 1e-9);
 }
 
@@ -234,8 +246,8 @@ TEST(ClipOutline, AreasBoundsAndPathCountsPerJoin) {
         auto h = make(c.in);
         ASSERT_EQ(vexo_clip_outline(h.get(), c.join, c.by), VEXO_OK) << k;
         const Pts out = fetch(h);
-        EXPECT_TRUE(paths(out) == c.paths && std::fabs(area(out) - c.area) <= c.tol + 1e-9 &&
-                    bounds(out) == c.box)
-            << k;
+        EXPECT_EQ(paths(out), c.paths) << k;
+        EXPECT_LE(std::fabs(area(out) - c.area), c.tol + 1e-9) << k;
+        EXPECT_EQ(bounds(out), c.box) << k;
     }
 }

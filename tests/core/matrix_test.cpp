@@ -44,7 +44,8 @@ void expect_entries(const GeomMatrix &m, const GeomMatrix &expected, double tole
 
 TEST(Matrix, CreateCompareConvertAndNull) {
     GeomMatrix *m = vexo_matrix_create();
-    ASSERT_TRUE(m && same_bytes(*m, kIdentity));
+    ASSERT_TRUE(m);
+    ASSERT_TRUE(same_bytes(*m, kIdentity));
     GeomMatrix b = {{2, -0.0}};
     vexo_matrix_unify(&b);
     EXPECT_TRUE(same_bytes(b, kIdentity));
@@ -52,9 +53,12 @@ TEST(Matrix, CreateCompareConvertAndNull) {
     EXPECT_TRUE(vexo_matrix_equal(m, &b)); // +0 == -0
     float f[16];
     vexo_matrix_convert_tof(&b, f);
-    EXPECT_TRUE(std::signbit(f[1]) && f[5] == 1.0f && f[6] == 0.0f);
+    EXPECT_TRUE(std::signbit(f[1]));
+    EXPECT_EQ(f[5], 1.0f);
+    EXPECT_EQ(f[6], 0.0f);
     m->m[15] = NAN;
-    EXPECT_FALSE(vexo_matrix_equal(m, m) || vexo_matrix_equal(kNoMatrix, nullptr)); // NaN != NaN
+    EXPECT_FALSE(vexo_matrix_equal(m, m));
+    EXPECT_FALSE(vexo_matrix_equal(kNoMatrix, nullptr)); // NaN != NaN
     vexo_matrix_release(m);
 
     // A NULL matrix is ignored everywhere; only the status function says so.
@@ -65,9 +69,9 @@ TEST(Matrix, CreateCompareConvertAndNull) {
     vexo_matrix_get_rotation(kNoMatrix, &x, &x, &x);
     vexo_matrix_multiply_2Dcoord(kNoMatrix, 1, 2, &x, &x);
     EXPECT_EQ(x, 7.0);
-    EXPECT_TRUE(vexo_matrix_rotate_vector3d(kNoMatrix, b.m, 10) == VEXO_ERROR_INVALID_PARAMETER &&
-                vexo_matrix_rotate_vector3d(&b, nullptr, 10) == VEXO_ERROR_INVALID_PARAMETER &&
-                std::signbit(b.m[1])); // b untouched: any product would give +0
+    EXPECT_EQ(vexo_matrix_rotate_vector3d(kNoMatrix, b.m, 10), VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(vexo_matrix_rotate_vector3d(&b, nullptr, 10), VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_TRUE(std::signbit(b.m[1])); // b untouched: any product would give +0
 }
 
 TEST(Matrix, MappingProductsAndBuilders) {
@@ -78,8 +82,9 @@ TEST(Matrix, MappingProductsAndBuilders) {
     GeomPoint p = {1, 2, 3, 0x45, 0xDEADBEEF}, out = {0, 0, 0, 0, 0x1234};
     vexo_matrix_multiply_point(&m, &p, &out);
     EXPECT_EQ(vexo_test::xyz(out), (Xyz{32, 41, 43}));
-    EXPECT_TRUE(out.flags == 0x45u && out.reserved == 0x1234u); // padding not written
-    vexo_matrix_multiply_point(kNoMatrix, &out, &p);            // no matrix: the whole record
+    EXPECT_EQ(out.flags, 0x45u);
+    EXPECT_EQ(out.reserved, 0x1234u);                // padding not written
+    vexo_matrix_multiply_point(kNoMatrix, &out, &p); // no matrix: the whole record
     EXPECT_TRUE(same_bytes(p, out));
 
     GeomMatrix a = {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}};
@@ -89,7 +94,8 @@ TEST(Matrix, MappingProductsAndBuilders) {
     vexo_matrix_multiply_matrix(&a, &a); // aliased: a square through a temporary
     double x = 0, y = 0;
     vexo_matrix_multiply_2Dcoord(&a, 1, 2, &x, &y); // rows 90 100 110 120, 202 228 254 280
-    EXPECT_TRUE(x == 410.0 && y == 938.0);          // the z column ignored
+    EXPECT_EQ(x, 410.0);
+    EXPECT_EQ(y, 938.0); // the z column ignored
 
     // A zero shift or rotation is skipped; a unit scaling still multiplies:
     // -0 turns +0 and the zero terms spread the infinity as NaN.
@@ -99,7 +105,8 @@ TEST(Matrix, MappingProductsAndBuilders) {
     vexo_matrix_rotate(&m, nullptr, 0, 0, 0);
     EXPECT_TRUE(same_bytes(m, before));
     vexo_matrix_scale(&m, 1, 1, 1);
-    EXPECT_TRUE(!std::signbit(m.m[1]) && std::isnan(m.m[4]));
+    EXPECT_FALSE(std::signbit(m.m[1]));
+    EXPECT_TRUE(std::isnan(m.m[4]));
 }
 
 TEST(Matrix, RotationSensesOrderAndAxes) {
@@ -157,10 +164,13 @@ TEST(Matrix, FrustumAndInverse) {
 
     m = {{1, 0, 9, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}; // row 1 zero: singular, kept
     vexo_matrix_invert(&m); // (dividing by 0 would leave no finite entry)
-    EXPECT_TRUE(m.m[2] == 9.0 && m.m[5] == 0.0);
+    EXPECT_EQ(m.m[2], 9.0);
+    EXPECT_EQ(m.m[5], 0.0);
     m = {{NAN, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
     vexo_matrix_invert(&m); // a NaN determinant is not singular: every entry NaN, the 1s too
-    EXPECT_TRUE(std::isnan(m.m[1]) && std::isnan(m.m[5]) && std::isnan(m.m[15]));
+    EXPECT_TRUE(std::isnan(m.m[1]));
+    EXPECT_TRUE(std::isnan(m.m[5]));
+    EXPECT_TRUE(std::isnan(m.m[15]));
 }
 
 TEST(Matrix, TranslationScalingAndRotationParts) {
@@ -170,7 +180,8 @@ TEST(Matrix, TranslationScalingAndRotationParts) {
     vexo_matrix_slant(&m, 0, 0, 0.5, 0, 0, 0); // row 0 += half of row 1
     double x = 0, y = 0, z = 0;
     vexo_matrix_get_translation(&m, &x, nullptr, &z);
-    EXPECT_TRUE(x == 8.0 && z == 7.0);
+    EXPECT_EQ(x, 8.0);
+    EXPECT_EQ(z, 7.0);
     vexo_matrix_get_scaling(&m, &x, &y, &z); // row lengths: (2, -1.5, 0) is 2.5
     EXPECT_EQ((Xyz{x, y, z}), (Xyz{2.5, 3, 4}));
     m = kIdentity;

@@ -30,7 +30,8 @@ TEST(Vector2d, NormaliseProductsAndAngles) {
     EXPECT_NEAR(vexo_vector2d_angle(x, b), std::atan2(7, 5), 1e-15);
     // This vector's cosine with itself rounds to just above 1: NaN, not 0.
     const double u[2] = {-0.58495735019535289, -8.511499198576665};
-    EXPECT_TRUE(vexo_vector2d_angle_cos(u, u) > 1.0 && std::isnan(vexo_vector2d_angle(u, u)));
+    EXPECT_GT(vexo_vector2d_angle_cos(u, u), 1.0);
+    EXPECT_TRUE(std::isnan(vexo_vector2d_angle(u, u)));
     // Directed: from +Y towards +X, both inputs normalised in place.
     double c[2] = {3, 0}, d[2] = {0, 0.5}, down[2] = {0, -1}, up[2] = {0, 1};
     EXPECT_EQ((Values{vexo_vector2d_angle_directed(c, d), c[0] + d[1],
@@ -65,8 +66,8 @@ TEST(Vector3d, CrossRotateNormaliseAndAngle) {
     const double u[3] = {-0.50812388628872895, -4.6012099168103902, -4.2791636929363763};
     const double minus_u[3] = {-u[0], -u[1], -u[2]}, zero[3] = {0, 0, 0};
     EXPECT_EQ(vexo_vector3d_angle(u, u), 0.0);
-    EXPECT_TRUE(std::isnan(vexo_vector3d_angle(u, minus_u)) &&
-                std::isnan(vexo_vector3d_angle(zero, u)));
+    EXPECT_TRUE(std::isnan(vexo_vector3d_angle(u, minus_u)));
+    EXPECT_TRUE(std::isnan(vexo_vector3d_angle(zero, u)));
 }
 
 TEST(VectorSegmentDot, BisectionAxesAndNaN) {

@@ -16,10 +16,14 @@ TEST(Bezier, WorkedExamplesAndBadArguments) {
     ASSERT_EQ(vexo_bezier_get_curve3d(line, 2, out, 3), VEXO_OK);
     EXPECT_EQ(xyz(out[1]), (Xyz{1, 2, 3})); // the midpoint exactly (the ends: below)
     ASSERT_EQ(vexo_bezier_get_curve3d(one, 1, out, 4), VEXO_OK); // copies of the one point
-    for (const GeomPoint &p : out) EXPECT_TRUE(xyz(p) == xyz(one) && p.flags == 0);
+    for (const GeomPoint &p : out) {
+        EXPECT_EQ(xyz(p), xyz(one));
+        EXPECT_EQ(p.flags, 0);
+    }
     out[1].flags = 7;
     ASSERT_EQ(vexo_bezier_get_curve3d(line, 2, out, 1), VEXO_OK); // one step: t = 0 only
-    EXPECT_TRUE(xyz(out[0]) == (Xyz{0, 0, 0}) && out[1].flags == 7);
+    EXPECT_EQ(xyz(out[0]), (Xyz{0, 0, 0}));
+    EXPECT_EQ(out[1].flags, 7);
     // 33 points are refused before the step count is looked at; no steps
     // need nothing else; otherwise no points or no arrays are refused.
     for (int count : {33, 0, -3})
@@ -27,7 +31,8 @@ TEST(Bezier, WorkedExamplesAndBadArguments) {
     EXPECT_EQ(vexo_bezier_get_curve3d(nullptr, 2, out, 2), 16u);
     EXPECT_EQ(vexo_bezier_get_curve3d(line, 2, nullptr, 2), 16u);
     EXPECT_EQ(vexo_bezier_get_curve3d(nullptr, 0, nullptr, 0), VEXO_OK);
-    EXPECT_TRUE(xyz(out[0]) == (Xyz{0, 0, 0}) && out[1].flags == 7);
+    EXPECT_EQ(xyz(out[0]), (Xyz{0, 0, 0}));
+    EXPECT_EQ(out[1].flags, 7);
 }
 
 TEST(Bezier, ExactEndsAndDeCasteljauUpToDegree31) {
@@ -40,9 +45,9 @@ TEST(Bezier, ExactEndsAndDeCasteljauUpToDegree31) {
         for (uint32_t steps : {100000u, 150001u, 101u}) {
             std::vector<GeomPoint> out(steps);
             ASSERT_EQ(vexo_bezier_get_curve3d(c.data(), count, out.data(), steps), VEXO_OK);
-            EXPECT_TRUE(xyz(out[0]) == xyz(c.data()) && xyz(out[steps - 2]) != xyz(out.back()) &&
-                        xyz(out.back()) == xyz(&c[3 * (count - 1)]))
-                << count << " " << steps;
+            EXPECT_EQ(xyz(out[0]), xyz(c.data())) << count << " " << steps;
+            EXPECT_NE(xyz(out[steps - 2]), xyz(out.back())) << count << " " << steps;
+            EXPECT_EQ(xyz(out.back()), xyz(&c[3 * (count - 1)])) << count << " " << steps;
             for (uint32_t s = 0; steps == 101 && s < steps; ++s) {
                 std::vector<double> w(c.begin(), c.begin() + 3 * count);
                 for (int level = count - 1; level > 0; --level)

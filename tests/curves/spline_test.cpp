@@ -21,7 +21,9 @@ std::pair<uint32_t, std::vector<double>> eval(const std::vector<double> &knots,
     const uint32_t status = vexo_spline_get_curve2d(knots.data(), (int32_t)(knots.size() / 2),
                                                     pts.data(), (int32_t)pts.size());
     for (size_t i = 0; i < pts.size(); ++i) {
-        EXPECT_TRUE(pts[i].x == xs[i] && pts[i].z == 42 && pts[i].flags == 5);
+        EXPECT_EQ(pts[i].x, xs[i]);
+        EXPECT_EQ(pts[i].z, 42);
+        EXPECT_EQ(pts[i].flags, 5);
         xs[i] = pts[i].y;
     }
     return {status, xs};
@@ -58,8 +60,10 @@ TEST(Spline, EqualKnotsAndTheWarmStartedBracket) {
     // A point on two knots of equal x, the previous bracket ending there: y 0,
     // the point before written, later points untouched.
     const auto [status, ys] = eval({0, 0, 1, 1, 2, 2, 2, 5}, {1.5, 2.0, 0.5});
-    EXPECT_TRUE(status == VEXO_SPLINE_EQUAL_KNOTS && ys[0] != -999.0 && ys[1] == 0.0 &&
-                ys[2] == -999.0);
+    EXPECT_EQ(status, VEXO_SPLINE_EQUAL_KNOTS);
+    EXPECT_NE(ys[0], -999.0);
+    EXPECT_EQ(ys[1], 0.0);
+    EXPECT_EQ(ys[2], -999.0);
 
     // One call starts each search from the last bracket, a call per point
     // from the whole range: both agree, with equal pairs of knots (never

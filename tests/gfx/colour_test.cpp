@@ -136,5 +136,6 @@ TEST(ColourPipeline, ExamplesOnAnyCurveAndBadArguments) {
     EXPECT_EQ(vexo_gfx_process_colours(pixel, pixel, ~0u, ~0u, 300, 0, 0, 0, 0, 0), 16u);
     EXPECT_EQ(vexo_gfx_process_colours(nullptr, nullptr, 0, 5, 0, 0, 0, 0, 0, 0), VEXO_OK);
     EXPECT_EQ(vexo_gfx_process_colours(nullptr, nullptr, 5, 0, 0, 0, 0, 0, 0, 0), VEXO_OK);
-    EXPECT_TRUE(pixel[0] == 1 && pixel[2] == 3);
+    EXPECT_EQ(pixel[0], 1);
+    EXPECT_EQ(pixel[2], 3);
 }

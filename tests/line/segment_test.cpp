@@ -59,7 +59,8 @@ TEST(LineCrossing, Round4GridWorkedCasesKeepFlagAndBadArguments) {
         EXPECT_EQ(vexo_line_get_crossing(&c.a0, &c.a1, c.a_open, &c.b0, &c.b1, c.b_open, &out),
                   c.code)
             << &c - cases;
-        EXPECT_TRUE(xyz(out) == c.at && out.flags == 0) << &c - cases;
+        EXPECT_EQ(xyz(out), c.at) << &c - cases;
+        EXPECT_EQ(out.flags, 0) << &c - cases;
     }
 
     // 0x40 (and no other bit) only when all four ends carry it, whatever the outcome.
@@ -70,13 +71,14 @@ TEST(LineCrossing, Round4GridWorkedCasesKeepFlagAndBadArguments) {
         uint32_t code, flags;
     } keep[] = {{&m, &n, 1, 0x40}, {&m, &plain, 1, 0}, {&k, &l, 4, 0x40}};
     GeomPoint out;
-    for (const auto &c : keep)
-        EXPECT_TRUE(vexo_line_get_crossing(&k, &l, false, c.b0, c.b1, false, &out) == c.code &&
-                    out.flags == c.flags)
+    for (const auto &c : keep) {
+        EXPECT_EQ(vexo_line_get_crossing(&k, &l, false, c.b0, c.b1, false, &out), c.code)
             << &c - keep;
+        EXPECT_EQ(out.flags, c.flags) << &c - keep;
+    }
     GeomPoint a0 = point(0, 0, 0), a1 = point(2, 2, 4); // out may be an input
-    EXPECT_TRUE(vexo_line_get_crossing(&a0, &a1, false, &m, &n, false, &a0) == 1 &&
-                xyz(a0) == (Xyz{1, 1, 2}));
+    EXPECT_EQ(vexo_line_get_crossing(&a0, &a1, false, &m, &n, false, &a0), VEXO_CROSSING_FOUND);
+    EXPECT_EQ(xyz(a0), (Xyz{1, 1, 2}));
     out = point(3, 3, 3, 3);
     EXPECT_EQ(vexo_line_get_crossing(nullptr, &a1, false, &m, &n, false, &out), 0u);
     EXPECT_EQ(vexo_line_get_crossing(&a0, &a1, false, &m, nullptr, false, &out), 0u);
@@ -111,10 +113,12 @@ TEST(LineInnerPart, WorkedCases) {
     for (const auto &c : cases) {
         Points part(vexo_line_get_inner_part(&c.a, &c.b, rect));
         ASSERT_TRUE(part) << &c - cases;
-        for (const GeomPoint *got = part.get(), *want = &c.first; want <= &c.second; ++got, ++want)
-            EXPECT_TRUE(xyz(*got) == xyz(*want) && got->flags == want->flags &&
-                        got->reserved == want->reserved)
-                << &c - cases;
+        for (const GeomPoint *got = part.get(), *want = &c.first; want <= &c.second;
+             ++got, ++want) {
+            EXPECT_EQ(xyz(*got), xyz(*want)) << &c - cases;
+            EXPECT_EQ(got->flags, want->flags) << &c - cases;
+            EXPECT_EQ(got->reserved, want->reserved) << &c - cases;
+        }
     }
     // Cross-check against the parametric form of a sloped segment.
     const GeomPoint a = point(-2, 3, 1), b = point(12, 8, 8);
@@ -161,8 +165,12 @@ TEST(LineMeasure, LengthDotCountVectorsAndDots) {
     vexo_line_to_vector2d(&d, &e, v2);
     vexo_line_to_vector2d(&d, &f, w2);
     vexo_line_to_vector3d(&d, &e, v3);
-    EXPECT_TRUE(v2[0] == 0.0 && !std::signbit(v2[0]) && v2[1] == 5.0);
-    EXPECT_TRUE(w2[0] == 0.0 && !std::signbit(w2[0]) && w2[1] == 1e-7);
+    EXPECT_EQ(v2[0], 0.0);
+    EXPECT_FALSE(std::signbit(v2[0]));
+    EXPECT_EQ(v2[1], 5.0);
+    EXPECT_EQ(w2[0], 0.0);
+    EXPECT_FALSE(std::signbit(w2[0]));
+    EXPECT_EQ(w2[1], 1e-7);
     EXPECT_EQ(xyz(v3), (Xyz{1e-8, 5, 2}));
     vexo_line_to_vector2d(nullptr, &e, untouched);
     vexo_line_to_vector2d(&d, &e, nullptr);
@@ -193,10 +201,12 @@ TEST(LineMeasure, LengthDotCountVectorsAndDots) {
     for (const auto &k : dots) {
         GeomPoint out = point(-1, -1, -1, 0xff);
         EXPECT_EQ(vexo_line_get_dot(k.a, k.b, k.spacing, k.index, &out, k.offset), k.inside);
-        EXPECT_TRUE(xyz(out) == k.at && out.flags == 0) << &k - dots;
+        EXPECT_EQ(xyz(out), k.at) << &k - dots;
+        EXPECT_EQ(out.flags, 0) << &k - dots;
     }
     GeomPoint start = point(0, 0, 0), out = point(9, 9, 9, 9);
-    EXPECT_TRUE(vexo_line_get_dot(&start, &to, 1.0, 4, &start, 0.0) && start.x == 4.0); // aliasing
+    EXPECT_TRUE(vexo_line_get_dot(&start, &to, 1.0, 4, &start, 0.0));
+    EXPECT_EQ(start.x, 4.0); // aliasing
     EXPECT_FALSE(vexo_line_get_dot(nullptr, &a, 1.0, 0, &out, 0.0));
     EXPECT_FALSE(vexo_line_get_dot(&a, nullptr, 1.0, 0, &out, 0.0));
     EXPECT_FALSE(vexo_line_get_dot(&a, &a, 1.0, 0, nullptr, 0.0));
@@ -216,8 +226,10 @@ TEST(LineCompact, RemovesProcessedPointsWholeAsAStableFilter) {
     ASSERT_EQ(count, kept.size());
     EXPECT_TRUE(same_bytes(all[0], kept[0], count));
     count = 0;
-    EXPECT_TRUE(vexo_line_rem_unused_vertices(all.data(), &count) == all.data() && count == 0);
+    EXPECT_EQ(vexo_line_rem_unused_vertices(all.data(), &count), all.data());
+    EXPECT_EQ(count, 0);
     EXPECT_EQ(vexo_line_rem_unused_vertices(all.data(), nullptr), all.data());
     count = 5;
-    EXPECT_TRUE(vexo_line_rem_unused_vertices(nullptr, &count) == nullptr && count == 5);
+    EXPECT_EQ(vexo_line_rem_unused_vertices(nullptr, &count), nullptr);
+    EXPECT_EQ(count, 5);
 }

@@ -24,9 +24,9 @@ TEST(DoubleBlock, KnownBytesAndRoundTrips) {
     for (const auto &c : cases) {
         uint8_t buffer[11] = {}; // the block at an odd address: no alignment needed
         vexo_util_dbl_to_block(c.value, buffer + 3);
-        EXPECT_TRUE(!std::memcmp(buffer + 3, c.bytes, 8) && !(buffer[0] | buffer[1] | buffer[2]) &&
-                    vexo_test::same_bytes(vexo_util_block_to_dbl(buffer + 3), c.value))
-            << c.value;
+        EXPECT_EQ(std::memcmp(buffer + 3, c.bytes, 8), 0) << c.value;
+        EXPECT_TRUE(!(buffer[0] | buffer[1] | buffer[2])) << c.value;
+        EXPECT_TRUE(vexo_test::same_bytes(vexo_util_block_to_dbl(buffer + 3), c.value)) << c.value;
     }
     vexo_util_dbl_to_block(1.0, nullptr);
     EXPECT_EQ(0.0, vexo_util_block_to_dbl(nullptr));

@@ -82,7 +82,8 @@ TEST(Md5, ReferenceSuiteAndPaddingBoundaries) {
 
 TEST_F(RuntimeData, RoundTripsUnderTheKeyDigest) {
     // Nothing saved, nothing created; the file name is the name, a dot and the key's MD5.
-    EXPECT_TRUE(load("pen", "", 5) == Loaded(kNoFile, "#####") && !fs::exists(file("")));
+    EXPECT_EQ(load("pen", "", 5), Loaded(kNoFile, "#####"));
+    EXPECT_FALSE(fs::exists(file("")));
     ASSERT_EQ(vexo_util_save_runtime_data("pen", nullptr, 0, bytes("hello"), 5), VEXO_OK);
     EXPECT_EQ(fs::status(file("")).permissions(), fs::perms::owner_all); // private
     ASSERT_EQ(vexo_util_save_runtime_data("empty", bytes("k"), 1, nullptr, 0), VEXO_OK);
@@ -128,10 +129,10 @@ TEST_F(RuntimeData, FailuresRefusalsAndFolderFallbacks) {
     } bad[] = {{nullptr, b, 1, b},     {"p", b, 1, nullptr}, {"p", nullptr, 3, b},
                {"../escape", b, 1, b}, {"a/b", b, 1, b},     {"/abs", b, 1, b},
                {"..\\up", b, 1, b},    {"sub\\x", b, 1, b}};
-    for (const auto &c : bad)
-        EXPECT_TRUE(vexo_util_save_runtime_data(c.name, c.key, c.n, c.data, 4) == kBad &&
-                    vexo_util_load_runtime_data(c.name, c.key, c.n, c.data, 4) == kBad)
-            << &c - bad;
+    for (const auto &c : bad) {
+        EXPECT_EQ(vexo_util_save_runtime_data(c.name, c.key, c.n, c.data, 4), kBad) << &c - bad;
+        EXPECT_EQ(vexo_util_load_runtime_data(c.name, c.key, c.n, c.data, 4), kBad) << &c - bad;
+    }
     EXPECT_EQ(std::distance(fs::directory_iterator(home), fs::directory_iterator()), 1);
     EXPECT_EQ(save("..", "", "d"), VEXO_OK); // dots alone are an ordinary name: the file
     setenv("XDG_DATA_HOME", (file(".." + kEmptyKey) / "sub").c_str(), 1); // is in the way
@@ -143,7 +144,8 @@ TEST_F(RuntimeData, FailuresRefusalsAndFolderFallbacks) {
     unsetenv("XDG_DATA_HOME");
     EXPECT_EQ(vexo::runtime_data_folder(false), expected);
     setenv("XDG_DATA_HOME", "relative/dir", 1);
-    EXPECT_TRUE(save("pen", "", "z") == VEXO_OK && fs::exists(expected + "pen" + kEmptyKey));
+    EXPECT_EQ(save("pen", "", "z"), VEXO_OK);
+    EXPECT_TRUE(fs::exists(expected + "pen" + kEmptyKey));
     setenv("XDG_DATA_HOME", (home.string() + "/").c_str(), 1); // no doubled separator
     EXPECT_EQ(vexo::runtime_data_folder(false), file("").string());
 }
