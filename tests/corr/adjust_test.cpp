@@ -37,16 +37,20 @@ TEST(CorrInterpolate, HandSolvedGridsAndRefusedSizes) {
     ASSERT_TRUE(same(t, filled));
     // One node fills the table with its pre-distorted (30, 15), z and flags cleared.
     ASSERT_EQ(vexo_corr_interpolate(1, &measured1, &nominal1, 100, &t), VEXO_OK);
-    for (const GeomPoint &c : t.cell)
-        ASSERT_TRUE(xyz(c) == (Xyz{30 * kScale100, 15 * kScale100, 0}) && !c.flags);
+    for (const GeomPoint &c : t.cell) {
+        ASSERT_EQ(xyz(c), (Xyz{30 * kScale100, 15 * kScale100, 0}));
+        ASSERT_FALSE(c.flags);
+    }
     // Identical 3 x 3 grids on -40, 0, 40 (first index along X) give the
     // linear field, sampled at p * 2/65 so the far edge stops short of +40.
     std::vector<GeomPoint> grid;
     for (int k = 0; k < 9; ++k) grid.push_back(point(k / 3 * 40.0 - 40, k % 3 * 40.0 - 40));
     ASSERT_EQ(vexo_corr_interpolate(3, grid.data(), grid.data(), 100, &t), VEXO_OK);
     auto line = [](int p) { return (p * 2.0 / 65 * 40 - 40) * kScale100; };
-    for (int k = 0; k < 4225; ++k)
-        ASSERT_TRUE(near(t.cell[k].x, line(k % 65)) && near(t.cell[k].y, line(k / 65))) << k;
+    for (int k = 0; k < 4225; ++k) {
+        ASSERT_TRUE(near(t.cell[k].x, line(k % 65))) << k;
+        ASSERT_TRUE(near(t.cell[k].y, line(k / 65))) << k;
+    }
     // 2 x 2, only node (1, 0) off zero: nominal (10, 4), measured (8, 6),
     // pre-distorted (12, 2); the second grid index runs along the rows.
     std::vector<GeomPoint> nominal(4, point(0, 0)), measured(4, point(0, 0));
@@ -55,7 +59,8 @@ TEST(CorrInterpolate, HandSolvedGridsAndRefusedSizes) {
     ASSERT_EQ(vexo_corr_interpolate(2, measured.data(), nominal.data(), 100, &t), VEXO_OK);
     for (int k = 0; k < 4225; ++k) { // cell (r, c) weighs the node by c/65 * (1 - r/65)
         const double w = k % 65 / 65.0 * (1 - k / 65 / 65.0) * kScale100;
-        ASSERT_TRUE(near(t.cell[k].x, 12 * w) && near(t.cell[k].y, 2 * w)) << k;
+        ASSERT_TRUE(near(t.cell[k].x, 12 * w)) << k;
+        ASSERT_TRUE(near(t.cell[k].y, 2 * w)) << k;
     }
     // Node (1, 1) pre-distorted to 80 > range / 2, in x and then in -y: the
     // scale becomes 32767.75 / 80, and a negative error counts by its size.
@@ -73,17 +78,23 @@ TEST(CorrScaleFocusSpatial, WorkedValuesAndRefusals) {
     CorrTable t = before, u = before, twice = before;
     // Scale 0.5: radius 32767.5 * 0.5 is the fixed rim, twice that goes to 0.
     ASSERT_EQ(vexo_corr_set_scale(&t, 0.5), VEXO_OK);
-    EXPECT_TRUE(at(t, 32, 0).x == 0 && at(t, 32, 16).x == -16383.75 && at(t, 32, 16).y == 0);
-    EXPECT_TRUE(at(t, 16, 32).y == -16383.75 && at(t, 16, 32).x == 0);
-    EXPECT_TRUE(at(t, 7, 9).flags == at(before, 7, 9).flags && at(t, 7, 9).z == 0);
+    EXPECT_EQ(at(t, 32, 0).x, 0);
+    EXPECT_EQ(at(t, 32, 16).x, -16383.75);
+    EXPECT_EQ(at(t, 32, 16).y, 0);
+    EXPECT_EQ(at(t, 16, 32).y, -16383.75);
+    EXPECT_EQ(at(t, 16, 32).x, 0);
+    EXPECT_EQ(at(t, 7, 9).flags, at(before, 7, 9).flags);
+    EXPECT_EQ(at(t, 7, 9).z, 0);
     ASSERT_EQ(vexo_corr_set_scale(&u, 2), VEXO_OK); // x' = -8191.875, d = 0.25, k = 1.25
-    EXPECT_TRUE(at(u, 32, 16).x == -10239.84375 && at(u, 16, 32).y == -10239.84375);
+    EXPECT_EQ(at(u, 32, 16).x, -10239.84375);
+    EXPECT_EQ(at(u, 16, 32).y, -10239.84375);
 
     // Field 65535 puts node (32, 64) at X = 32767.5; with f = 4/3 of that the
     // slanted beam is 5/3 of it (a 3-4-5 triangle): z = -(54612.5 - 43690).
     t = before;
     ASSERT_EQ(vexo_corr_set_focal(&t, 43690, 65535, 65535), VEXO_OK);
-    EXPECT_TRUE(at(t, 32, 32).z == 0 && at(t, 0, 0).z < at(t, 0, 32).z);
+    EXPECT_EQ(at(t, 32, 32).z, 0);
+    EXPECT_LT(at(t, 0, 0).z, at(t, 0, 32).z);
     EXPECT_DOUBLE_EQ(at(t, 32, 64).z, -10922.5);
     EXPECT_DOUBLE_EQ(at(t, 64, 32).z, -10922.5);
     for (GeomPoint &cell : t.cell) cell.z = 0;

@@ -13,10 +13,10 @@ TEST(CorrApi, NeutralTableAndNullArgumentsRefused) {
     CorrTable t;
     std::memset(&t, 0xCD, sizeof t);
     ASSERT_EQ(vexo_corr_set_neutral(&t), VEXO_OK); // flags untouched
-    for (int k = 0; k < 4225; ++k)
-        ASSERT_TRUE(xyz(t.cell[k]) == (Xyz{neutral(k % 65), neutral(k / 65), 0}) &&
-                    t.cell[k].flags == 0xCDCDCDCDu)
-            << k;
+    for (int k = 0; k < 4225; ++k) {
+        ASSERT_EQ(xyz(t.cell[k]), (Xyz{neutral(k % 65), neutral(k / 65), 0})) << k;
+        ASSERT_EQ(t.cell[k].flags, 0xCDCDCDCDu) << k;
+    }
     const CorrTable before = t;
     const CorrHead head{};
     const GeomPoint n = point(1, 1);
@@ -122,9 +122,11 @@ TEST(CorrLoadFile, StatusesNeutralStartAndHeader) {
         std::memset(&h, 0x77, sizeof h);
         EXPECT_EQ(vexo_corr_load_corr65(&t, c.path.c_str(), c.format), c.status) << c.path;
         EXPECT_TRUE(same(t, neutral)) << c.path << " " << c.format;
-        EXPECT_TRUE(vexo_corr_get_corr_head(&h) == VEXO_OK && same_bytes(h, c.head)) << c.path;
+        EXPECT_EQ(vexo_corr_get_corr_head(&h), VEXO_OK) << c.path;
+        EXPECT_TRUE(same_bytes(h, c.head)) << c.path;
     }
     ASSERT_EQ(vexo_corr_load_corr65(&t, kxo.c_str(), 0), VEXO_OK); // a refused load zeroes it too
     EXPECT_EQ(vexo_corr_load_corr65(&t, nullptr, 0), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_TRUE(vexo_corr_get_corr_head(&h) == VEXO_OK && same_bytes(h, CorrHead{}));
+    EXPECT_EQ(vexo_corr_get_corr_head(&h), VEXO_OK);
+    EXPECT_TRUE(same_bytes(h, CorrHead{}));
 }

@@ -134,7 +134,8 @@ TEST(CorrXml, ListsOnThe1024GridAllSearchedFromData) {
     const double x_read[] = {70000 - 65536, -40000 + 65536, -1, 0, 7, 0, -7, 0};
     for (int c = 0; c < 8; ++c) EXPECT_EQ(at(t, 0, c).x, x_read[c] + c * 1024 - 32767.5) << c;
     EXPECT_EQ(at(t, 64, 64).x, 65536 - 32767.5);
-    EXPECT_TRUE(at(t, 0, 0).y == 3 - 32767.5 && at(t, 1, 0).y == 1024 - 32767.5);
+    EXPECT_EQ(at(t, 0, 0).y, 3 - 32767.5);
+    EXPECT_EQ(at(t, 1, 0).y, 1024 - 32767.5);
     EXPECT_EQ(at(t, 10, 10).z, 0.0);
 }
 
@@ -142,8 +143,8 @@ TEST(CorrTxt, FourthLineIsYFillIsLinearAndLongLinesSplit) {
     for (const char *eol : {"\n", "\r\n"}) {
         CorrTable t = neutral_table();
         ASSERT_EQ(parse(kTxt, txt_grid(eol), t), VEXO_OK);
-        EXPECT_TRUE(at(t, 0, 0).y == (-50 * 1.1) * 65535 / 100 &&
-                    at(t, 0, 0).x == (-50 * 0.9) * 65535 / 100);
+        EXPECT_EQ(at(t, 0, 0).y, (-50 * 1.1) * 65535 / 100);
+        EXPECT_EQ(at(t, 0, 0).x, (-50 * 0.9) * 65535 / 100);
         for (int k = 0; k < 4225; ++k) {
             ASSERT_NEAR(t.cell[k].y, (k / 65 / 64.0 * 100 - 50) * 1.1 * 655.35, 1e-9);
             ASSERT_NEAR(t.cell[k].x, (k % 65 / 64.0 * 100 - 50) * 0.9 * 655.35, 1e-9);
@@ -153,7 +154,8 @@ TEST(CorrTxt, FourthLineIsYFillIsLinearAndLongLinesSplit) {
     // Positions truncate toward zero: just outside the field is still line 0 or 64.
     CorrTable t = neutral_table();
     EXPECT_EQ(parse(kTxt, "SIZE: 100\n0\n51\n-51\n1\n2\n", t), VEXO_OK);
-    EXPECT_TRUE(at(t, 64, 0).y == 655.35 && at(t, 64, 0).x == 1310.7);
+    EXPECT_EQ(at(t, 64, 0).y, 655.35);
+    EXPECT_EQ(at(t, 64, 0).x, 1310.7);
     // Lines arrive in pieces of 99 characters: a 99-character index line
     // leaves its newline as a line of its own, shifting the record by one;
     // a longer one puts its tail into the row position.
@@ -200,7 +202,8 @@ TEST(CorrScor, SecondIndexMirroredIntoTheInterpolation) {
 TEST(CorrTextLoaders, DecimalCommaLocaleDoesNotChangeNumbers) {
     const std::string txt = txt_grid(), scor = scor_file(); // written with decimal points
     CorrTable txt_c = neutral_table(), scor_c = neutral_table(), txt_l = txt_c, scor_l = scor_c;
-    ASSERT_TRUE(parse(kTxt, txt, txt_c) == VEXO_OK && parse(kScor, scor, scor_c) == VEXO_OK);
+    ASSERT_EQ(parse(kTxt, txt, txt_c), VEXO_OK);
+    ASSERT_EQ(parse(kScor, scor, scor_c), VEXO_OK);
     const std::string previous = std::setlocale(LC_ALL, nullptr);
     const char *found = nullptr;
     for (const char *name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "nl_NL.UTF-8",
@@ -211,5 +214,7 @@ TEST(CorrTextLoaders, DecimalCommaLocaleDoesNotChangeNumbers) {
         found && parse(kTxt, txt, txt_l) == VEXO_OK && parse(kScor, scor, scor_l) == VEXO_OK;
     std::setlocale(LC_ALL, previous.c_str());
     if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
-    EXPECT_TRUE(parsed && same(txt_l, txt_c) && same(scor_l, scor_c)) << found;
+    EXPECT_TRUE(parsed) << found;
+    EXPECT_TRUE(same(txt_l, txt_c)) << found;
+    EXPECT_TRUE(same(scor_l, scor_c)) << found;
 }

@@ -32,11 +32,16 @@ TEST(CorrWriters, HeaderRoundingAndSaturation) {
     auto kxo_at = [&](int a, int k) { return vexo::load_be_i32(&kxo[12 + 16900 * a + 4 * k]); };
     auto cor_at = [&](int k, int axis) { return vexo::load_le_i32(&cor[36 + 8 * k + 4 * axis]); };
     EXPECT_EQ(ByteVec(&kxo[0], &kxo[12]), ByteVec({0, 1, 0, 12, 0xA7, 0, 0, 0, 1, 2, 3, 4}));
-    EXPECT_TRUE(kxo_at(0, 0) == INT32_MAX && kxo_at(1, 1) == INT32_MIN && kxo_at(2, 65) == 0);
+    EXPECT_EQ(kxo_at(0, 0), INT32_MAX);
+    EXPECT_EQ(kxo_at(1, 1), INT32_MIN);
+    EXPECT_EQ(kxo_at(2, 65), 0);
     // ctb entry k: row k mod 65, column k div 65, Y plane first.
-    EXPECT_TRUE(vexo::load_le16(&ctb[8450]) == 65535 && vexo::load_le16(&ctb[2]) == 0 &&
-                vexo::load_le16(&ctb[8450 + 2]) == 101);
-    EXPECT_TRUE(cor_at(65, 0) == -101 && cor_at(132, 0) == 4 && cor_at(132, 1) == -3);
+    EXPECT_EQ(vexo::load_le16(&ctb[8450]), 65535);
+    EXPECT_EQ(vexo::load_le16(&ctb[2]), 0);
+    EXPECT_EQ(vexo::load_le16(&ctb[8450 + 2]), 101);
+    EXPECT_EQ(cor_at(65, 0), -101);
+    EXPECT_EQ(cor_at(132, 0), 4);
+    EXPECT_EQ(cor_at(132, 1), -3);
     EXPECT_EQ(ByteVec(cor.end() - 4, cor.end()), ByteVec(4, 0));
 }
 
@@ -76,7 +81,8 @@ TEST(CorrWriters, EveryLayoutLoadsBackCloseAndFileErrors) {
             ASSERT_NEAR(back.cell[k].z, std::isnan(c.z) ? original.cell[k].z : c.z, c.tolerance);
         }
         CorrHead got, want = format ? CorrHead{} : CorrHead{1, 12, 0x5C, {}, 0xDEADBEEF};
-        EXPECT_TRUE(vexo_corr_get_corr_head(&got) == VEXO_OK && same_bytes(got, want)) << c.name;
+        EXPECT_EQ(vexo_corr_get_corr_head(&got), VEXO_OK) << c.name;
+        EXPECT_TRUE(same_bytes(got, want)) << c.name;
         EXPECT_EQ(save(format, scratch_path("no/such/folder/") + c.name), VEXO_ERROR_OPEN_FILE);
     }
 }

@@ -59,7 +59,8 @@ TEST(ImageBlock, GreyIsTheSignedChannelSumOverThreeTruncatedAndUnusableBlocksAre
     const vt::RecogniserPtr rec(
         vexo_prcg_create_recogniser(kps.get(), 3, RECOGNISER_SURF, widest.block(), 0, 0));
     const vt::CalibratorPtr cal = make(640, 480, nullptr);
-    ASSERT_TRUE(rec && cal);
+    ASSERT_TRUE(rec);
+    ASSERT_TRUE(cal);
     // Kind, format, width, height; kind 0: no block at all, nothing written.
     const int32_t cases[][4] = {{1, 17, 16, 16},        {2, 3, 16, 16},      {2, 0, 16, 16},
                                 {2, 17, 0, 16},         {2, 1, 16, -1},      {2, 17, kMax + 1, 1},
@@ -79,10 +80,12 @@ TEST(ImageBlock, GreyIsTheSignedChannelSumOverThreeTruncatedAndUnusableBlocksAre
         uint32_t options = 0x31;
         EXPECT_EQ(nullptr, vexo_calib_gen_correction(block, 9, 6, &record, &found));
         // Width and height copied first, the rest left alone.
-        EXPECT_TRUE(found == 0 && (c[0] ? record.width == c[2] && untouched(record.reserved0, 104)
-                                        : untouched(&record, sizeof record)));
+        EXPECT_EQ(found, 0);
+        EXPECT_TRUE(c[0] ? record.width == c[2] && untouched(record.reserved0, 104)
+                         : untouched(&record, sizeof record));
         EXPECT_EQ(nullptr, vexo_prcg_gen_keypoints(block, &count, &options, 0, 0, 9, 9));
-        EXPECT_TRUE(count == -1 && options == 0x31);
+        EXPECT_EQ(count, -1);
+        EXPECT_EQ(options, 0x31);
         EXPECT_EQ(VEXO_ERROR_NO_MEMORY, vt::bare_status(rec.get(), block));
     }
     EXPECT_EQ(640, cal->width); // refused frames lower nothing
@@ -137,8 +140,9 @@ TEST(Calibrator, SizeClampedFrameBecomesGreyWarpedCutAndFlippedUnlessTopDown) {
         Frame frame(image, c.format, 16);
         const std::vector<uint8_t> before = frame.bytes;
         ASSERT_EQ(VEXO_OK, vexo_calib_start_calibrator(cal.get(), frame.block()));
-        EXPECT_TRUE(frame.block()->format == grey && frame.block()->bits == 8 &&
-                    frame.block()->data_size == uint32_t(c.out_w * c.out_h));
+        EXPECT_EQ(frame.block()->format, grey);
+        EXPECT_EQ(frame.block()->bits, 8u);
+        EXPECT_EQ(frame.block()->data_size, uint32_t(c.out_w * c.out_h));
         frame.block()->format = c.format; // the rest of the header, sizes included, is kept
         EXPECT_TRUE(std::equal(&before[0], &before[24], frame.bytes.begin()));
         EXPECT_EQ(0, cv::norm(frame.output(c.out_w, c.out_h), want, cv::NORM_INF));
@@ -193,8 +197,11 @@ TEST(CalibChessboard, TiltedBoardCalibratedThenSquaredUpByTheCalibrator) {
         int32_t found = -1;
         EXPECT_EQ(nullptr, vexo_calib_gen_correction((s[0] == kColumns ? small : frame).block(),
                                                      s[0], s[1], &record, &found));
-        EXPECT_TRUE(found == 0 && record.width == 640 && record.height == 480) << s[0] << s[1];
-        EXPECT_TRUE(untouched(&record, 104) && untouched(record.reserved0, 104));
+        EXPECT_EQ(found, 0) << s[0] << s[1];
+        EXPECT_EQ(record.width, 640) << s[0] << s[1];
+        EXPECT_EQ(record.height, 480) << s[0] << s[1];
+        EXPECT_TRUE(untouched(&record, 104));
+        EXPECT_TRUE(untouched(record.reserved0, 104));
     }
     int32_t found = -1;
     EXPECT_EQ(nullptr, vexo_calib_gen_correction(frame.block(), kColumns, kRows, nullptr, &found));
@@ -203,7 +210,8 @@ TEST(CalibChessboard, TiltedBoardCalibratedThenSquaredUpByTheCalibrator) {
     EXPECT_NE(nullptr, vt::CornersPtr(vexo_calib_gen_correction(frame.block(), kColumns, kRows,
                                                                 &record, nullptr))); // no count
     vt::CornersPtr list(vexo_calib_gen_correction(frame.block(), kColumns, kRows, &record, &found));
-    ASSERT_TRUE(list && found == kCorners) << found;
+    ASSERT_TRUE(list) << found;
+    ASSERT_EQ(found, kCorners) << found;
     EXPECT_TRUE(untouched(record.reserved1, 8)); // 208..215, the option byte among them
     for (auto &block : record.reserved0) EXPECT_EQ(0.0, vexo_util_block_to_dbl(block));
 
@@ -219,7 +227,9 @@ TEST(CalibChessboard, TiltedBoardCalibratedThenSquaredUpByTheCalibrator) {
         camera[i] = vexo_util_block_to_dbl(i < 9 ? record.camera[i] : record.distortion[i - 9]);
         EXPECT_EQ(camera[i], double(float(camera[i]))) << i;
     }
-    EXPECT_TRUE(camera[8] == 1.0 && camera[1] == 0.0 && camera[3] == 0.0);
+    EXPECT_EQ(camera[8], 1.0);
+    EXPECT_EQ(camera[1], 0.0);
+    EXPECT_EQ(camera[3], 0.0);
     EXPECT_NEAR(640.0 / 480.0, camera[0] / camera[4], 1e-5);
 
     // Perspective: outer corners onto their bounding box, corner 0 lowest.

@@ -50,11 +50,13 @@ TEST(PrcgRules, KeypointRecordFootprintChoiceRatioAndAllocation) {
                                           {M(7, 2, 0.1f), M(7, 1, 8.0f)}},
                                          7, 6);
     ASSERT_EQ(1u, kept.size());
-    EXPECT_TRUE(kept[0].queryIdx == 1 && kept[0].trainIdx == 4);
+    EXPECT_EQ(kept[0].queryIdx, 1);
+    EXPECT_EQ(kept[0].trainIdx, 4);
 
     const vt::KeypointsPtr zeroed(vexo_prcg_alloc_keypoints(3));
     const PatternKeypoint zero[3] = {};
-    EXPECT_TRUE(zeroed && std::memcmp(zeroed.get(), zero, sizeof zero) == 0);
+    EXPECT_TRUE(zeroed);
+    EXPECT_EQ(std::memcmp(zeroed.get(), zero, sizeof zero), 0);
     EXPECT_EQ(nullptr, vexo_prcg_alloc_keypoints(0));
     EXPECT_EQ(nullptr, vexo::allocate_keypoints(SIZE_MAX / 8)); // count x 28 overflows
 }
@@ -114,11 +116,13 @@ TEST(PrcgTeach, KeepsThePresetOrPicksTheBestScoreAndRefusesNothingToTeachOrFind)
 
     // No recogniser from two SURF keypoints, fewer, none.
     const std::vector<PatternKeypoint> &surf = kps[1];
-    EXPECT_TRUE(!create(surf, 2, options) && !create(surf, -5, options));
+    EXPECT_FALSE(create(surf, 2, options));
+    EXPECT_FALSE(create(surf, -5, options));
     EXPECT_EQ(nullptr, vexo_prcg_create_recogniser(nullptr, 10, options, reference.block(), 0, 0));
     // Three keypoints (/ 1000, default 64-float extractor): no homography.
     const RecogniserPtr three = create(surf, 3, options);
-    ASSERT_TRUE(three && three->pattern_descriptors.size() == cv::Size(64, 3));
+    ASSERT_TRUE(three);
+    ASSERT_TRUE(three->pattern_descriptors.size() == cv::Size(64, 3));
     EXPECT_EQ(float(surf[2].y) / 1000.0f, three->pattern_keypoints[2].pt.y);
     const int64_t status = vt::bare_status(three.get(), reference.block());
     EXPECT_TRUE(status == VEXO_ERROR_INVALID_PARAMETER || status == VEXO_ERROR_NO_RATIO_MATCH)
@@ -129,7 +133,8 @@ TEST(PrcgTeach, KeepsThePresetOrPicksTheBestScoreAndRefusesNothingToTeachOrFind)
     vexo_prcg_start_recogniser(three.get(), reference.block(), nullptr);
     // An unreadable reference gives a handle that never finds: 9.
     const RecogniserPtr blind = create(surf, int32_t(surf.size()), options, nullptr);
-    EXPECT_TRUE(blind && vt::bare_status(blind.get(), reference.block()) == VEXO_ERROR_NO_HANDLE);
+    EXPECT_TRUE(blind);
+    EXPECT_EQ(vt::bare_status(blind.get(), reference.block()), VEXO_ERROR_NO_HANDLE);
 }
 
 // Bounds allow for ORB's coarse pyramid levels and for one mismatch tilting
@@ -228,7 +233,8 @@ TEST(SurfDetect, ExactBoxSumsBlobAtItsCentreNothingToFindMaskThresholdProvidedKe
     for (const cv::Mat &img :
          {cv::Mat(120, 160, CV_8UC1, cv::Scalar(90)), vt::make_pattern(20, 20, 3), cv::Mat()}) {
         surf->detectAndCompute(img, cv::noArray(), kps, desc);
-        EXPECT_TRUE(kps.empty() && desc.rows == 0);
+        EXPECT_TRUE(kps.empty());
+        EXPECT_EQ(desc.rows, 0);
     }
     // Masked to the left half; the threshold bounds the determinant.
     const cv::Mat pattern = vt::make_pattern(200, 160, 21);
@@ -236,10 +242,13 @@ TEST(SurfDetect, ExactBoxSumsBlobAtItsCentreNothingToFindMaskThresholdProvidedKe
     mask.colRange(0, 100).setTo(255);
     surf->detectAndCompute(pattern, mask, kps, desc);
     Surf::create(800, 4, 2, false, false)->detect(pattern, strong, mask);
-    EXPECT_TRUE(kps.size() > strong.size() && !strong.empty()) << kps.size() << strong.size();
+    EXPECT_GT(kps.size(), strong.size()) << kps.size() << strong.size();
+    EXPECT_FALSE(strong.empty()) << kps.size() << strong.size();
     EXPECT_EQ(cv::Size(128, int(kps.size())), desc.size()); // extended
-    for (const auto &kp : kps)
-        EXPECT_TRUE(kp.pt.x < 100 && kp.response > 400) << kp.pt << " " << kp.response;
+    for (const auto &kp : kps) {
+        EXPECT_LT(kp.pt.x, 100) << kp.pt << " " << kp.response;
+        EXPECT_GT(kp.response, 400) << kp.pt << " " << kp.response;
+    }
 
     // Provided keypoints all kept, even outside (zero descriptor) or NaN.
     kps = {cv::KeyPoint(60, 50, 6),   cv::KeyPoint(0, 0, 10),  cv::KeyPoint(199, 159, 30),
@@ -247,13 +256,15 @@ TEST(SurfDetect, ExactBoxSumsBlobAtItsCentreNothingToFindMaskThresholdProvidedKe
            cv::KeyPoint(NAN, 10, 4)};
     const auto given = kps;
     Surf::create(100, 4, 3, false, false)->compute(pattern, kps, desc);
-    ASSERT_TRUE(given.size() == kps.size() && desc.size() == cv::Size(64, int(kps.size())));
+    ASSERT_EQ(given.size(), kps.size());
+    ASSERT_EQ(desc.size(), cv::Size(64, int(kps.size())));
     for (size_t k = 0; k < kps.size(); ++k) {
         const double norm = cv::norm(desc.row(int(k)));
-        EXPECT_TRUE((kps[k].pt == given[k].pt || k == 6) && kps[k].size == given[k].size &&
-                    cv::checkRange(desc.row(int(k))) &&
-                    std::fabs(norm - (k == 3 || k == 6 ? 0 : 1)) < 1e-4) // outside; no position
-            << k << " " << norm;
+        // 3 lies outside (zero descriptor); 6 has no position (NaN never equals).
+        EXPECT_TRUE(kps[k].pt == given[k].pt || k == 6) << k;
+        EXPECT_EQ(kps[k].size, given[k].size) << k;
+        EXPECT_TRUE(cv::checkRange(desc.row(int(k)))) << k;
+        EXPECT_NEAR(norm, (k == 3 || k == 6 ? 0 : 1), 1e-4) << k;
     }
 }
 
