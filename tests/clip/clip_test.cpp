@@ -119,7 +119,8 @@ TEST(ClipHeight, SubjectPathZeroByIndexThenFallback) {
     // As the subject (also after a zero offset) each vertex shows its own z.
     auto zero = make(stepped);
     ASSERT_EQ(vexo_clip_outline(zero.get(), kMiter, 0.0), VEXO_OK);
-    ASSERT_EQ(vexo_clip_set_solution(zero.get()) + vexo_clip_set_solution(h.get()), 2 * VEXO_OK);
+    ASSERT_EQ(vexo_clip_set_solution(zero.get()), VEXO_OK);
+    ASSERT_EQ(vexo_clip_set_solution(h.get()), VEXO_OK);
     for (const GeomPoint &p : fetch(h, true) + fetch(zero, true))
         EXPECT_EQ(p.z, at(p)) << p.x << "," << p.y;
 }
@@ -151,7 +152,8 @@ TEST(ClipBool, AreasPathCountsAndSetSolution) {
         const auto &c = cases[k];
         auto h = make(c.subject); // the operation runs twice: a result replaces the last
         const Pts subject = fetch(h, true);
-        ASSERT_EQ(bool_op(h, c.operand, c.mode) + bool_op(h, c.operand, c.mode), 2 * VEXO_OK) << k;
+        ASSERT_EQ(bool_op(h, c.operand, c.mode), VEXO_OK) << k;
+        ASSERT_EQ(bool_op(h, c.operand, c.mode), VEXO_OK) << k;
         const Pts out = fetch(h);
         EXPECT_EQ(paths(out), c.paths) << k;
         EXPECT_NEAR(area(out), c.area, 1e-9) << k;

@@ -101,7 +101,9 @@ TEST(CorrTextLoaders, BadInputGetsItsStatus) {
         for (const std::string &text : g.texts) {
             CorrTable t = neutral_table();
             EXPECT_EQ(parse(g.parse, text, t), g.status) << text;
-            EXPECT_TRUE(g.parse != kTxt || same(t, neutral_table())) << text; // nothing written
+            if (g.parse == kTxt) { // nothing written
+                EXPECT_TRUE(same(t, neutral_table())) << text;
+            }
         }
 }
 
@@ -168,9 +170,9 @@ TEST(CorrTxt, FourthLineIsYFillIsLinearAndLongLinesSplit) {
         t = neutral_table();
         const std::string text = "SIZE: 100\n" + std::string(c.length, '7') + "\n0\n0\n5\n6\n";
         EXPECT_EQ(parse(kTxt, text, t), c.status);
-        EXPECT_TRUE(c.status != VEXO_OK ||
-                    (at(t, 32, 32).y == c.y * 65535 / 100 && at(t, 32, 32).x == c.x * 65535 / 100))
-            << c.length;
+        if (c.status != VEXO_OK) continue;
+        EXPECT_EQ(at(t, 32, 32).y, c.y * 65535 / 100) << c.length;
+        EXPECT_EQ(at(t, 32, 32).x, c.x * 65535 / 100) << c.length;
     }
 }
 

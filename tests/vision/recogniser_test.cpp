@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "fixtures.hpp"
@@ -122,11 +123,11 @@ TEST(PrcgTeach, KeepsThePresetOrPicksTheBestScoreAndRefusesNothingToTeachOrFind)
     // Three keypoints (/ 1000, default 64-float extractor): no homography.
     const RecogniserPtr three = create(surf, 3, options);
     ASSERT_TRUE(three);
-    ASSERT_TRUE(three->pattern_descriptors.size() == cv::Size(64, 3));
+    ASSERT_EQ(three->pattern_descriptors.size(), cv::Size(64, 3));
     EXPECT_EQ(float(surf[2].y) / 1000.0f, three->pattern_keypoints[2].pt.y);
     const int64_t status = vt::bare_status(three.get(), reference.block());
-    EXPECT_TRUE(status == VEXO_ERROR_INVALID_PARAMETER || status == VEXO_ERROR_NO_RATIO_MATCH)
-        << status;
+    EXPECT_THAT(status, testing::AnyOf(int64_t{VEXO_ERROR_INVALID_PARAMETER},
+                                       int64_t{VEXO_ERROR_NO_RATIO_MATCH}));
     // A featureless frame: nothing to match, 9, figures 0; then nowhere to report.
     Frame flat(cv::Mat(240, 320, CV_8UC1, cv::Scalar(120)));
     EXPECT_EQ(VEXO_ERROR_NO_HANDLE, vt::bare_status(three.get(), flat.block()));
