@@ -100,6 +100,32 @@ double fcr_cell(int r, int c, int axis) {
 
 } // namespace
 
+// Cells worked out by hand from the format descriptions, so that the
+// expectations above (which share the parsers' arithmetic) have an
+// independent check: gcd cells are (column or row) * 1024 plus the stored
+// i16 offset, less 32767.5, with z the stored word.
+TEST(CorrLoadBinary, GcdCellsWorkedByHand) {
+    const ByteVec file = grid({}, 65, {2, 0, 1}, kCells, 2, gcd_offset);
+    CorrTable t = neutral_table();
+    ASSERT_EQ(vexo::parse_gcd({file.data(), file.size()}, t), VEXO_OK);
+    // Stored x offset c - 9, y offset 9 - r, z -65r - c.
+    EXPECT_EQ(xyz(at(t, 0, 0)), (Xyz{-32776.5, -32758.5, 0.0}));
+    EXPECT_EQ(xyz(at(t, 1, 2)), (Xyz{-30726.5, -31735.5, -67.0}));
+    EXPECT_EQ(xyz(at(t, 64, 64)), (Xyz{32823.5, 32713.5, -4224.0}));
+}
+
+// ct5 cells are unsigned 32-bit sixteenths less 32767.5, table cell (r, c)
+// taken from entry 4r of line 4c; z is 0.
+TEST(CorrLoadBinary, Ct5CellsWorkedByHand) {
+    const ByteVec file = grid(padded("CT5", 64), 257, {1, 0}, kCols, 4, ct5_word);
+    CorrTable t = neutral_table();
+    ASSERT_EQ(vexo::parse_ct5({file.data(), file.size()}, t), VEXO_OK);
+    // Stored x word 100000 * line + 3 * entry + 1; y the same plus 9 * 2^28.
+    EXPECT_EQ(xyz(at(t, 0, 0)), (Xyz{-32767.4375, 150962176.5625, 0.0}));    // words 1, 2415919105
+    EXPECT_EQ(xyz(at(t, 1, 2)), (Xyz{17233.3125, 151012177.3125, 0.0}));     // 800013, 2416719117
+    EXPECT_EQ(xyz(at(t, 64, 64)), (Xyz{1567280.5625, 152562224.5625, 0.0})); // 25600769, ...873
+}
+
 TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
     const uint8_t head[12] = {0, 7, 0x12, 0x34, 0x99, 0xAA, 0xBB, 0xCC, 0x80, 0, 0, 1};
     const ByteVec two_planes = grid({}, 65, {1, 0}, kCols, 2, word);
