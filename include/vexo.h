@@ -381,6 +381,171 @@ VEXO_API uint32_t vexo_geom_point_height(const GeomPoint *point, const GeomPoint
                                          double *z);
 
 /* ===========================================================================
+ * geom: marking geometry - hatch fill, merging and travel order, closing,
+ * slicing, inner part
+ *
+ * Polyline arrays as everywhere: VEXO_POINT_END on the last point of each
+ * polyline.  A ring (closed contour) is a polyline closed implicitly from its
+ * last point back to its first; a repeated closing point is harmless.  The
+ * region of a set of rings is the even-odd region of all of them together
+ * (a letter "O" is its outer ring minus its inner one), decided by the same
+ * crossing rule as vexo_geom_point_in_polygon.  Results are new arrays (free
+ * with vexo_geom_release); a status is stored through `status` when it is
+ * not NULL: VEXO_OK, VEXO_ERROR_NO_RESULT (valid input, empty result: NULL,
+ * *out_count 0), VEXO_ERROR_INVALID_PARAMETER (NULL pointer, NaN or
+ * infinite value, parameter out of range), VEXO_ERROR_NO_MEMORY (allocation
+ * failed, or a result beyond 2^26 points).  On any failure the result is
+ * NULL and *out_count 0.  Output is a function of the input bytes alone.
+ * ========================================================================= */
+
+/* Hatch parameters: 88 bytes, offsets in the comments. */
+typedef struct VexoHatch {
+    double spacing;          /*  0: distance between hatch lines, > 0 */
+    double angle;            /*  8: direction of the lines, degrees from +X */
+    double inset;            /* 16: distance kept from the contours, >= 0 */
+    double start_trim;       /* 24: taken off the start of each line (< 0 extends) */
+    double end_trim;         /* 32: taken off the end of each line (< 0 extends) */
+    double min_length;       /* 40: shorter lines (after trims) are dropped */
+    double origin_x;         /* 48: every hatch line family passes through */
+    double origin_y;         /* 56:   the origin, so objects share lines */
+    double connect_distance; /* 64: longest serpentine connector */
+    double angle_step;       /* 72: degrees added per cross-hatch pass */
+    uint32_t passes;         /* 80: number of passes, 1..64 */
+    uint32_t options;        /* 84: VEXO_HATCH_ bits */
+} VexoHatch;
+
+#define VEXO_HATCH_BIDIRECTIONAL 0x01u  /* every other line runs backwards */
+#define VEXO_HATCH_CONNECT 0x02u        /* join neighbouring lines by connectors */
+#define VEXO_HATCH_CONTOUR_BEFORE 0x04u /* the rings, closed, before the hatch */
+#define VEXO_HATCH_CONTOUR_AFTER 0x08u  /* the rings, closed, after the hatch */
+
+/* Fill the region of `rings` (count points) with hatch lines.  Each pass
+ * turns the frame by angle + pass * angle_step (single-precision pi) and
+ * cuts the lines v = k * spacing (k integer, v measured across the lines
+ * from the origin) with the region: a line point is covered exactly when
+ * vexo_geom_point_in_polygon-style crossing parity says inside, so vertices
+ * on a line and edges along it never flip the parity.  With inset > 0 the
+ * region is first shrunk by `inset` (round joins, about 1/1000 of the inset
+ * as arc tolerance).  Lines run from lower to higher along the turned x
+ * axis, every other line of a run reversed with VEXO_HATCH_BIDIRECTIONAL.
+ * Lines follow each other in runs over neighbouring scan lines that overlap;
+ * with VEXO_HATCH_CONNECT (and BIDIRECTIONAL) consecutive lines of a run are
+ * joined into one polyline when the connector is at most connect_distance
+ * long and stays inside the region.  Hatch points have z 0 and flags 0,
+ * VEXO_POINT_END | VEXO_POINT_END_MARK on each polyline's last point;
+ * contours are copied with their z and closed by a copy of their first
+ * point.  Rings with fewer than 3 points are skipped.  Statuses: see the
+ * section; spacing <= 0, passes outside 1..64, a negative inset or
+ * min_length, or a pass with more than 2^24 scan lines give
+ * VEXO_ERROR_INVALID_PARAMETER.  Returns the new array. */
+VEXO_API GeomPoint *vexo_geom_cover(const GeomPoint *rings, uint32_t count, const VexoHatch *params,
+                                    uint32_t *out_count, uint32_t *status);
+
+/* Options of vexo_geom_merge_lines and vexo_geom_order_lines. */
+#define VEXO_MERGE_ORDER 0x01u          /* merge_lines: also order the result */
+#define VEXO_ORDER_ROTATE_CLOSED 0x02u  /* a closed polyline may start anywhere */
+#define VEXO_ORDER_KEEP_DIRECTION 0x04u /* never reverse a polyline */
+
+/* Join polylines whose ends lie within `tolerance` (2D, >= 0) of each other
+ * into longer ones, reversing pieces where needed; the end with the smallest
+ * distance is joined first (ties by position in the input), each end at most
+ * once.  At a joint the second piece's first point is left out, so the
+ * joint is the first piece's end point.  A chain that comes back to its own
+ * start ends with its last point (within tolerance of its first).  Dots
+ * (one-point polylines) stay dots.  With VEXO_MERGE_ORDER the result is then
+ * ordered as by vexo_geom_order_lines (start may be NULL: the origin).  The
+ * input is only read.  Each result polyline ends with VEXO_POINT_END |
+ * VEXO_POINT_END_MARK; other flags are the input points' flags without
+ * those bits.  Statuses: see the section (NaN or negative tolerance: 16). */
+VEXO_API GeomPoint *vexo_geom_merge_lines(const GeomPoint *points, uint32_t count, double tolerance,
+                                          uint32_t options, const GeomPoint *start,
+                                          uint32_t *out_count, uint32_t *status);
+
+/* Order polylines to shorten the jumps between them, starting at `start`
+ * (x, y; NULL: the origin): each step goes to the nearest free polyline end
+ * (2D; ties by position in the input) and the polyline is entered there,
+ * reversed if that was its last point (never with
+ * VEXO_ORDER_KEEP_DIRECTION).  A polyline whose last point equals its first
+ * is closed; with VEXO_ORDER_ROTATE_CLOSED it may be entered at any vertex
+ * and is rotated to start and end there.  Up to 7 polylines are ordered
+ * exactly (shortest total jump length); more are ordered nearest first, in
+ * O(n log n) for spread-out input.  Points keep their records except the
+ * end flags, which are moved to each polyline's new last point.  Statuses:
+ * see the section. */
+VEXO_API GeomPoint *vexo_geom_order_lines(const GeomPoint *points, uint32_t count, uint32_t options,
+                                          const GeomPoint *start, uint32_t *out_count,
+                                          uint32_t *status);
+
+/* Options of vexo_geom_close_polygons. */
+#define VEXO_CLOSE_SNAP 0x01u            /* move the last point onto the first */
+#define VEXO_CLOSE_DROP_DEGENERATE 0x02u /* drop polylines of fewer than 3 points */
+
+/* Close, in place, every polyline whose last point lies within `tolerance`
+ * (2D, > 0 to be useful) but not exactly on its first point: with
+ * VEXO_CLOSE_SNAP the last point takes the first point's x, y and z;
+ * otherwise a copy of the first point (with the last point's flags) is
+ * appended and the old last point loses VEXO_POINT_END and
+ * VEXO_POINT_END_MARK.  With VEXO_CLOSE_DROP_DEGENERATE polylines of
+ * fewer than 3 points (a closing copy of the first not counted) are flagged
+ * VEXO_POINT_PROCESSED and compacted away.  *count is updated.  The array
+ * may move (as realloc); on failure (status 11) it is freed and NULL
+ * returned.  NULL count: nothing happens, status 16.  Other statuses as in
+ * the section (an empty result is NULL with VEXO_ERROR_NO_RESULT and the
+ * array freed). */
+VEXO_API GeomPoint *vexo_geom_close_polygons(GeomPoint *points, uint32_t *count, double tolerance,
+                                             uint32_t options, uint32_t *status);
+
+/* Sides kept by vexo_geom_slice_line. */
+#define VEXO_SLICE_LEFT 0x01u  /* left of the directed line a->b */
+#define VEXO_SLICE_RIGHT 0x02u /* right of it (points on the line count here) */
+
+/* Cut polylines by the infinite line through line[0], line[1] (x, y) and
+ * (line[2], line[3]), keeping the sides named in `options` (both: every
+ * polyline cut into pieces at the line).  Cut points take z interpolated
+ * along the cut segment and flags 0; kept points keep their records, with
+ * VEXO_POINT_END moved to each piece's last point.  Statuses: see the
+ * section (no side, a zero-length or non-finite line: 16). */
+VEXO_API GeomPoint *vexo_geom_slice_line(const GeomPoint *points, uint32_t count,
+                                         const double *line, uint32_t options, uint32_t *out_count,
+                                         uint32_t *status);
+
+/* Axis of vexo_geom_slice_band. */
+#define VEXO_BAND_X 0u /* bands across x: x in [lo, hi] */
+#define VEXO_BAND_Y 1u /* bands across y */
+
+/* The part of polylines inside band number `band`: along `axis`, band k
+ * covers [origin + k*width - overlap, origin + (k+1)*width + overlap]
+ * (bounds inclusive), so neighbouring bands share 2*overlap at each seam.
+ * The band of a coordinate c is floor((c - origin) / width).  Cuts and
+ * flags as vexo_geom_slice_line.  width > 0, overlap >= 0, finite.
+ * Statuses: see the section. */
+VEXO_API GeomPoint *vexo_geom_slice_band(const GeomPoint *points, uint32_t count, uint32_t axis,
+                                         double origin, double width, double overlap, int32_t band,
+                                         uint32_t *out_count, uint32_t *status);
+
+/* Options of vexo_geom_inner_part. */
+#define VEXO_PART_OUTSIDE 0x01u /* keep the parts outside instead of inside */
+
+/* The parts of polylines inside (or, with VEXO_PART_OUTSIDE, outside) the
+ * region of `rings` (ring_count points, even-odd as in vexo_geom_cover).
+ * Each segment is cut at every ring edge it crosses; a piece counts as
+ * inside when its midpoint is.  Cuts take z interpolated along the segment
+ * and flags 0.  Cost grows with segments x ring edges.  Statuses: see the
+ * section. */
+VEXO_API GeomPoint *vexo_geom_inner_part(const GeomPoint *points, uint32_t count,
+                                         const GeomPoint *rings, uint32_t ring_count,
+                                         uint32_t options, uint32_t *out_count, uint32_t *status);
+
+/* The parts of polylines inside rect = {left, top, -, right, bottom, -}
+ * (bounds inclusive), each segment cut with vexo_line_get_inner_part (so
+ * cut points follow its 4-decimal crossing rule and get z interpolated
+ * along the segment); consecutive cut segments that meet continue one
+ * polyline.  Statuses: see the section. */
+VEXO_API GeomPoint *vexo_geom_inner_part_rect(const GeomPoint *points, uint32_t count,
+                                              const double *rect, uint32_t *out_count,
+                                              uint32_t *status);
+
+/* ===========================================================================
  * line: measurement, crossings, clipping to a rectangle
  * ========================================================================= */
 
