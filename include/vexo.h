@@ -452,8 +452,10 @@ VEXO_API GeomPoint *vexo_geom_cover(const GeomPoint *rings, uint32_t count, cons
  * once.  At a joint the second piece's first point is left out, so the
  * joint is the first piece's end point.  A chain that comes back to its own
  * start ends with its last point (within tolerance of its first).  Dots
- * (one-point polylines) stay dots.  With VEXO_MERGE_ORDER the result is then
- * ordered as by vexo_geom_order_lines (start may be NULL: the origin).  The
+ * (one-point polylines) stay dots.  Open chains and dots come in the order
+ * of their lowest-numbered piece, loops after them.  With VEXO_MERGE_ORDER
+ * the result is then ordered as by vexo_geom_order_lines (start may be
+ * NULL: the origin).  The
  * input is only read.  Each result polyline ends with VEXO_POINT_END |
  * VEXO_POINT_END_MARK; other flags are the input points' flags without
  * those bits.  Statuses: see the section (NaN or negative tolerance: 16). */
