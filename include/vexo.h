@@ -455,10 +455,9 @@ VEXO_API GeomPoint *vexo_geom_cover(const GeomPoint *rings, uint32_t count, cons
  * (one-point polylines) stay dots.  Open chains and dots come in the order
  * of their lowest-numbered piece, loops after them.  With VEXO_MERGE_ORDER
  * the result is then ordered as by vexo_geom_order_lines (start may be
- * NULL: the origin).  The
- * input is only read.  Each result polyline ends with VEXO_POINT_END |
- * VEXO_POINT_END_MARK; other flags are the input points' flags without
- * those bits.  Statuses: see the section (NaN or negative tolerance: 16). */
+ * NULL: the origin).  The input is only read.  Each result polyline ends
+ * with VEXO_POINT_END | VEXO_POINT_END_MARK; other flags are the input
+ * points' flags without those bits.  Statuses: see the section (NaN or negative tolerance: 16). */
 VEXO_API GeomPoint *vexo_geom_merge_lines(const GeomPoint *points, uint32_t count, double tolerance,
                                           uint32_t options, const GeomPoint *start,
                                           uint32_t *out_count, uint32_t *status);
