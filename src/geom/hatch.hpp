@@ -12,21 +12,6 @@
 
 namespace vexo {
 
-// Hosts fill the record in C; its layout is part of the interface.
-static_assert(sizeof(VexoHatch) == 88, "VexoHatch is an 88-byte record");
-static_assert(offsetof(VexoHatch, spacing) == 0, "spacing at 0");
-static_assert(offsetof(VexoHatch, angle) == 8, "angle at 8");
-static_assert(offsetof(VexoHatch, inset) == 16, "inset at 16");
-static_assert(offsetof(VexoHatch, start_trim) == 24, "start_trim at 24");
-static_assert(offsetof(VexoHatch, end_trim) == 32, "end_trim at 32");
-static_assert(offsetof(VexoHatch, min_length) == 40, "min_length at 40");
-static_assert(offsetof(VexoHatch, origin_x) == 48, "origin_x at 48");
-static_assert(offsetof(VexoHatch, origin_y) == 56, "origin_y at 56");
-static_assert(offsetof(VexoHatch, connect_distance) == 64, "connect_distance at 64");
-static_assert(offsetof(VexoHatch, angle_step) == 72, "angle_step at 72");
-static_assert(offsetof(VexoHatch, passes) == 80, "passes at 80");
-static_assert(offsetof(VexoHatch, options) == 84, "options at 84");
-
 // Passes above this are refused: 64 already turns the lines by every
 // 2.8 degrees of a half turn.
 constexpr uint32_t kMaxHatchPasses = 64;

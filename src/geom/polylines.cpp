@@ -5,13 +5,15 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/point_flags.hpp"
+
 namespace vexo {
 
 std::vector<Span> split_polylines(const GeomPoint *points, uint32_t count) {
     std::vector<Span> spans;
     uint32_t begin = 0;
     for (uint32_t i = 0; i < count; ++i) {
-        if (points[i].flags & VEXO_POINT_END) {
+        if (is_end(points[i])) {
             spans.push_back({begin, i + 1});
             begin = i + 1;
         }
