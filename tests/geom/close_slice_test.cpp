@@ -38,6 +38,15 @@ std::vector<uint32_t> flags_of(const std::vector<GeomPoint> &pts) {
     return f;
 }
 
+// Drawn length of polylines in XY (no jump after a line end).
+double drawn_length(const std::vector<GeomPoint> &pts) {
+    double sum = 0;
+    for (size_t i = 0; i + 1 < pts.size(); ++i)
+        if (!(pts[i].flags & VEXO_POINT_END))
+            sum += std::hypot(pts[i + 1].x - pts[i].x, pts[i + 1].y - pts[i].y);
+    return sum;
+}
+
 struct Closed {
     uint32_t status;
     std::vector<GeomPoint> points;
@@ -152,15 +161,8 @@ TEST(SliceLine, SidesPartitionTheLength) {
     for (int i = 0; i < 300; ++i)
         in.push_back(point(c(rng), c(rng), c(rng), i % 30 == 29 ? 1u : 0u));
     const double line[4] = {-3, -7, 4, 9};
-    auto length = [](const std::vector<GeomPoint> &pts) {
-        double l = 0;
-        for (size_t i = 0; i + 1 < pts.size(); ++i)
-            if (!(pts[i].flags & VEXO_POINT_END))
-                l += std::hypot(pts[i + 1].x - pts[i].x, pts[i + 1].y - pts[i].y);
-        return l;
-    };
     const Cut left = slice(in, line, VEXO_SLICE_LEFT), right = slice(in, line, VEXO_SLICE_RIGHT);
-    EXPECT_NEAR(length(left.points) + length(right.points), length(in), 1e-9);
+    EXPECT_NEAR(drawn_length(left.points) + drawn_length(right.points), drawn_length(in), 1e-9);
     for (const GeomPoint &p : left.points) EXPECT_GE(7 * (p.y + 7) - 16 * (p.x + 3), -1e-9);
     for (const GeomPoint &p : right.points) EXPECT_LE(7 * (p.y + 7) - 16 * (p.x + 3), 1e-9);
 }
@@ -238,15 +240,8 @@ TEST(InnerPart, MatchesGeosIntersection) {
         expected += geos_oracle::length(ctx, cut);
         total += geos_oracle::length(ctx, l);
     }
-    auto length = [](const std::vector<GeomPoint> &pts) {
-        double sum = 0;
-        for (size_t i = 0; i + 1 < pts.size(); ++i)
-            if (!(pts[i].flags & VEXO_POINT_END))
-                sum += std::hypot(pts[i + 1].x - pts[i].x, pts[i + 1].y - pts[i].y);
-        return sum;
-    };
-    EXPECT_NEAR(length(part(in, rings, 0).points), expected, 1e-7);
-    EXPECT_NEAR(length(part(in, rings, VEXO_PART_OUTSIDE).points), total - expected, 1e-7);
+    EXPECT_NEAR(drawn_length(part(in, rings, 0).points), expected, 1e-7);
+    EXPECT_NEAR(drawn_length(part(in, rings, VEXO_PART_OUTSIDE).points), total - expected, 1e-7);
 }
 
 TEST(InnerPart, CutsTakeInterpolatedHeights) {

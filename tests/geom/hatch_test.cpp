@@ -61,6 +61,19 @@ std::vector<std::vector<GeomPoint>> polylines(const std::vector<GeomPoint> &pts)
     return lines;
 }
 
+// The two-point hatch lines as one GEOS multi-line.
+geos_oracle::Geom hatch_lines(const geos_oracle::Context &ctx, const std::vector<GeomPoint> &pts) {
+    std::vector<GEOSGeometry *> parts;
+    for (const auto &l : polylines(pts)) {
+        geos_oracle::Geom g = geos_oracle::line(ctx, {{l[0].x, l[0].y}, {l[1].x, l[1].y}});
+        parts.push_back(g.g);
+        g.g = nullptr;
+    }
+    return geos_oracle::Geom(ctx.get(),
+                             GEOSGeom_createCollection_r(ctx.get(), GEOS_MULTILINESTRING,
+                                                         parts.data(), unsigned(parts.size())));
+}
+
 std::vector<XY> square(double x0, double y0, double x1, double y1) {
     return {{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}};
 }
@@ -223,15 +236,7 @@ TEST(Hatch, CoversTheRegion) {
     ASSERT_EQ(r.status, VEXO_OK);
     geos_oracle::Context ctx;
     const geos_oracle::Geom region = geos_oracle::even_odd_region(ctx, rings);
-    std::vector<GEOSGeometry *> parts;
-    for (const auto &l : polylines(r.points)) {
-        geos_oracle::Geom g = geos_oracle::line(ctx, {{l[0].x, l[0].y}, {l[1].x, l[1].y}});
-        parts.push_back(g.g);
-        g.g = nullptr;
-    }
-    geos_oracle::Geom all(ctx.get(),
-                          GEOSGeom_createCollection_r(ctx.get(), GEOS_MULTILINESTRING, parts.data(),
-                                                      unsigned(parts.size())));
+    const geos_oracle::Geom all = hatch_lines(ctx, r.points);
     int checked = 0;
     for (double x = -11.5; x <= 11.5; x += 0.29)
         for (double y = -11.5; y <= 11.5; y += 0.31) {
@@ -257,20 +262,12 @@ TEST(Hatch, InsetKeepsAwayFromContoursAndCovers) {
     geos_oracle::Context ctx;
     const geos_oracle::Geom region = geos_oracle::even_odd_region(ctx, rings);
     const geos_oracle::Geom edge = geos_oracle::boundary(ctx, region);
-    std::vector<GEOSGeometry *> parts;
     for (const GeomPoint &p : r.points) {
         const geos_oracle::Geom q = geos_oracle::point(ctx, p.x, p.y);
         EXPECT_GE(geos_oracle::distance(ctx, q, edge), 0.4 * (1 - 2e-3)) << p.x << ", " << p.y;
         EXPECT_TRUE(geos_oracle::contains(ctx, region, p.x, p.y)) << p.x << ", " << p.y;
     }
-    for (const auto &l : polylines(r.points)) {
-        geos_oracle::Geom g = geos_oracle::line(ctx, {{l[0].x, l[0].y}, {l[1].x, l[1].y}});
-        parts.push_back(g.g);
-        g.g = nullptr;
-    }
-    geos_oracle::Geom all(ctx.get(),
-                          GEOSGeom_createCollection_r(ctx.get(), GEOS_MULTILINESTRING, parts.data(),
-                                                      unsigned(parts.size())));
+    const geos_oracle::Geom all = hatch_lines(ctx, r.points);
     for (double x = -11.5; x <= 11.5; x += 0.41)
         for (double y = -11.5; y <= 11.5; y += 0.43) {
             if (!geos_oracle::contains(ctx, region, x, y)) continue;
