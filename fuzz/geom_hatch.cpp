@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+// Hatch fill of random rings: the first 88 bytes (when present) are the
+// parameter record, bounded so one input stays quick (spacing at least
+// 1/4096 of the rings' spread, at most 4 passes) unless its first byte is
+// odd, when the record goes in as given; the rest are points of 5 bytes
+// (x, y as int16 hundredths, a byte whose bit 0 ends the ring).  Whatever
+// the bytes, the call returns one of its statuses, and a result holds only
+// finite points with the end flag on its last one.
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "vexo.h"
+
+namespace {
+
+int16_t read_i16(const uint8_t *p) {
+    return static_cast<int16_t>(uint16_t(p[0]) | uint16_t(p[1]) << 8);
+}
+
+std::vector<GeomPoint> read_rings(const uint8_t *data, size_t size) {
+    std::vector<GeomPoint> pts;
+    for (size_t i = 0; i + 5 <= size; i += 5) {
+        GeomPoint p;
+        std::memset(&p, 0, sizeof p);
+        p.x = read_i16(data + i) / 100.0;
+        p.y = read_i16(data + i + 2) / 100.0;
+        p.flags = data[i + 4] & VEXO_POINT_END;
+        pts.push_back(p);
+    }
+    return pts;
+}
+
+void bound(VexoHatch &h, const std::vector<GeomPoint> &pts) {
+    double lo = 0, hi = 0;
+    for (const GeomPoint &p : pts)
+        lo = std::fmin(lo, std::fmin(p.x, p.y)), hi = std::fmax(hi, std::fmax(p.x, p.y));
+    const double least = (hi - lo) / 4096.0 + 1e-3;
+    if (!(std::fabs(h.spacing) >= least) || !std::isfinite(h.spacing)) h.spacing = least;
+    h.spacing = std::fabs(h.spacing);
+    h.passes = 1 + h.passes % 4;
+    for (double *v : {&h.angle, &h.inset, &h.start_trim, &h.end_trim, &h.min_length, &h.origin_x,
+                      &h.origin_y, &h.connect_distance, &h.angle_step})
+        if (!std::isfinite(*v) || std::fabs(*v) > 1e4) *v = 0.0;
+    h.inset = std::fabs(h.inset);
+    h.min_length = std::fabs(h.min_length);
+    h.connect_distance = std::fabs(h.connect_distance);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    VexoHatch h;
+    std::memset(&h, 0, sizeof h);
+    const size_t head = size < sizeof h ? size : sizeof h;
+    std::memcpy(&h, data, head);
+    const std::vector<GeomPoint> pts = read_rings(data + head, size - head);
+    const bool raw = head > 0 && (data[0] & 1);
+    if (!raw)
+        bound(h, pts);
+    else if (h.passes > 2)
+        h.passes = 2;
+    uint32_t n = 0, status = 0;
+    GeomPoint *out = vexo_geom_cover(pts.data(), uint32_t(pts.size()), &h, &n, &status);
+    if (status != VEXO_OK && status != VEXO_ERROR_NO_RESULT &&
+        status != VEXO_ERROR_INVALID_PARAMETER && status != VEXO_ERROR_NO_MEMORY)
+        std::abort();
+    if ((status == VEXO_OK) != (out != nullptr) || (out == nullptr) != (n == 0)) std::abort();
+    for (uint32_t i = 0; i < n; ++i)
+        if (!std::isfinite(out[i].x) || !std::isfinite(out[i].y)) std::abort();
+    if (n > 0 && !(out[n - 1].flags & VEXO_POINT_END)) std::abort();
+    vexo_geom_release(out);
+    return 0;
+}
