@@ -45,7 +45,7 @@
  * Version and export
  * ------------------------------------------------------------------------- */
 #define VEXO_VERSION_MAJOR 0
-#define VEXO_VERSION_MINOR 1
+#define VEXO_VERSION_MINOR 2
 #define VEXO_VERSION_PATCH 0
 #define VEXO_VERSION_NUMBER                                                                        \
     (VEXO_VERSION_MAJOR * 10000 + VEXO_VERSION_MINOR * 100 + VEXO_VERSION_PATCH)
