@@ -11,19 +11,21 @@
 #include "vexo_test_util.hpp"
 
 namespace {
+// The flag word the spline must carry through unchanged.
+constexpr uint32_t kEndFlags = VEXO_POINT_END | VEXO_POINT_END_MARK;
 
 // One call over points at xs whose y starts at -999: the status and the y
 // values. Only y may change: x, z and flags must come back as they went in.
 std::pair<uint32_t, std::vector<double>> eval(const std::vector<double> &knots,
                                               std::vector<double> xs) {
     std::vector<GeomPoint> pts;
-    for (double x : xs) pts.push_back(vexo_test::point(x, -999.0, 42.0, 5));
+    for (double x : xs) pts.push_back(vexo_test::point(x, -999.0, 42.0, kEndFlags));
     const uint32_t status = vexo_spline_get_curve2d(knots.data(), (int32_t)(knots.size() / 2),
                                                     pts.data(), (int32_t)pts.size());
     for (size_t i = 0; i < pts.size(); ++i) {
         EXPECT_EQ(pts[i].x, xs[i]);
         EXPECT_EQ(pts[i].z, 42);
-        EXPECT_EQ(pts[i].flags, 5);
+        EXPECT_EQ(pts[i].flags, kEndFlags);
         xs[i] = pts[i].y;
     }
     return {status, xs};
@@ -92,10 +94,11 @@ TEST(Spline, BadArgumentsAndAllocationFailures) {
     const double knots[6] = {0, 0, 1, 1, 2, 0};
     GeomPoint pt = vexo_test::point(0.5, -999.0);
     for (int count : {1, 0, -4})
-        EXPECT_EQ(vexo_spline_get_curve2d(knots, count, &pt, 1), 16u) << count;
-    EXPECT_EQ(vexo_spline_get_curve2d(nullptr, 3, &pt, 1), 16u);
-    EXPECT_EQ(vexo_spline_get_curve2d(knots, 3, nullptr, 1), 16u);
-    EXPECT_EQ(vexo_spline_get_curve2d(knots, 3, &pt, -1), 16u);
+        EXPECT_EQ(vexo_spline_get_curve2d(knots, count, &pt, 1), VEXO_ERROR_INVALID_PARAMETER)
+            << count;
+    EXPECT_EQ(vexo_spline_get_curve2d(nullptr, 3, &pt, 1), VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(vexo_spline_get_curve2d(knots, 3, nullptr, 1), VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(vexo_spline_get_curve2d(knots, 3, &pt, -1), VEXO_ERROR_INVALID_PARAMETER);
     EXPECT_EQ(vexo_spline_get_curve2d(knots, 3, nullptr, 0), VEXO_OK);
     // Any of the four work buffers failing: 11, the point left alone.
     static int failing, calls;

@@ -43,7 +43,7 @@ TEST(PointBuffers, ExactAndHeadroomGrowth) {
     EXPECT_EQ(vexo_geom_append(p, 0xFFFFFFFFu, p, 1, 0, 0, 0), nullptr);
 }
 
-TEST(PointBuffers, AppendWithAndWithoutOffsetAndFromItself) {
+TEST(PointBuffers, AppendWithOffsetWithoutOffsetFromItself) {
     // Without an offset whole records are copied; with one (any part not 0)
     // only x, y, z and flags, the offset added.
     GeomPoint src[2] = {point(1, 2, 3, VEXO_POINT_KEEP | VEXO_POINT_END),

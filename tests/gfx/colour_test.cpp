@@ -131,9 +131,12 @@ TEST(ColourPipeline, ExamplesOnAnyCurveAndBadArguments) {
     // NULL buffers with pixels, or a byte size beyond size_t: 16, nothing touched; an empty
     // image needs no buffers.
     uint8_t pixel[3] = {1, 2, 3};
-    EXPECT_EQ(vexo_gfx_process_colours(nullptr, pixel, 1, 1, 0, 0, 0, 0, 0, 0), 16u);
-    EXPECT_EQ(vexo_gfx_process_colours(pixel, nullptr, 1, 1, 0, 0, 0, 0, 0, 0), 16u);
-    EXPECT_EQ(vexo_gfx_process_colours(pixel, pixel, ~0u, ~0u, 300, 0, 0, 0, 0, 0), 16u);
+    EXPECT_EQ(vexo_gfx_process_colours(nullptr, pixel, 1, 1, 0, 0, 0, 0, 0, 0),
+              VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(vexo_gfx_process_colours(pixel, nullptr, 1, 1, 0, 0, 0, 0, 0, 0),
+              VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(vexo_gfx_process_colours(pixel, pixel, ~0u, ~0u, 300, 0, 0, 0, 0, 0),
+              VEXO_ERROR_INVALID_PARAMETER);
     EXPECT_EQ(vexo_gfx_process_colours(nullptr, nullptr, 0, 5, 0, 0, 0, 0, 0, 0), VEXO_OK);
     EXPECT_EQ(vexo_gfx_process_colours(nullptr, nullptr, 5, 0, 0, 0, 0, 0, 0, 0), VEXO_OK);
     EXPECT_EQ(pixel[0], 1);

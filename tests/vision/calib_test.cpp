@@ -264,7 +264,7 @@ TEST(CalibChessboard, TiltedBoardCalibratedThenSquaredUpByTheCalibrator) {
 
 // Corners and taught keypoint figures (x 1000) both round half away from
 // zero and saturate; NaN is the lowest corner but keypoint figure 0.
-TEST(CalibChessboard, CornersAndKeypointThousandthsRoundHalfAwayFromZeroAndSaturate) {
+TEST(CalibChessboard, ThousandthFieldsRoundHalfAwayFromZeroThenSaturate) {
     constexpr int32_t kMin = INT32_MIN, kMax = INT32_MAX;
     const std::tuple<float, int32_t, int32_t> cases[] = {
         {12.5f, 13, 12500}, {-12.5f, -13, -12500}, {12.49f, 12, 12490}, {-12.49f, -12, -12490},
