@@ -250,7 +250,7 @@ TEST(StartRecogniser2, RobustReportMatchesTheKnownPlacement) {
     EXPECT_NEAR(r.x + 10, r.homography[2] / r.homography[8], 1e-9);
 }
 
-TEST(StartRecogniser2, PlainReportAgreesWithTheSpecifiedStart) {
+TEST(StartRecogniser2, PlainReportAgreesWithStartRecogniser) {
     vt::TaughtPattern t(RECOGNISER_SIFT | RECOGNISER_POSITION | RECOGNISER_ROTATION);
     ASSERT_NE(nullptr, t.rec);
     vt::Frame frame(vt::scene(77, t.pattern, vt::placement(t.pattern.size(), 20, 1, {170, 120})));

@@ -21,8 +21,8 @@ struct Turn {
 
 class SurfTurned : public testing::TestWithParam<Turn> {};
 
-// The specified least-squares start, on the pattern turned (counter-clockwise
-// on screen) over a slightly noisy frame.
+// vexo_prcg_start_recogniser (least squares over every match), on the pattern turned
+// (counter-clockwise on screen) over a slightly noisy frame.
 TEST_P(SurfTurned, PlainStartFindsPositionAndRotation) {
     const vt::TaughtPattern t(RECOGNISER_SURF | kBoth);
     ASSERT_NE(nullptr, t.rec);
