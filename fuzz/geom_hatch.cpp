@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     VexoHatch h;
     std::memset(&h, 0, sizeof h);
     const size_t head = size < sizeof h ? size : sizeof h;
-    std::memcpy(&h, data, head);
+    if (head > 0) std::memcpy(&h, data, head); // an empty input comes as a null pointer
     const std::vector<GeomPoint> pts = read_rings(data + head, size - head);
     const bool raw = head > 0 && (data[0] & 1);
     if (!raw)
