@@ -66,13 +66,15 @@ uint32_t scan_region(const std::vector<Edge> &edges, double spacing, ScanLines *
     out->offsets.assign(levels + 1, 0);
     out->segments.reserve(crossings.size() / 2);
     for (size_t i = 0; i < levels; ++i) {
-        double *begin = crossings.data() + fill[i];
-        double *end = crossings.data() + fill[i + 1];
-        std::sort(begin, end);
+        // Indices, not pointers: with no crossings at all the vector holds
+        // no storage, and pointer steps from its null data() are undefined.
+        const size_t first = fill[i], last = fill[i + 1];
+        std::sort(crossings.begin() + first, crossings.begin() + last);
         // Each ring crosses a level an even number of times under the
         // half-open rule, so the sorted list pairs up completely.
-        for (double *p = begin; p + 1 < end; p += 2)
-            if (p[0] < p[1]) out->segments.emplace_back(p[0], p[1]);
+        for (size_t j = first; j + 1 < last; j += 2)
+            if (crossings[j] < crossings[j + 1])
+                out->segments.emplace_back(crossings[j], crossings[j + 1]);
         out->offsets[i + 1] = out->segments.size();
     }
     return VEXO_OK;
