@@ -216,16 +216,19 @@ void add_convert(CLI::App *group) {
     cmd->callback([o, cmd, adjustments] {
         const FormatSpec &out_format = output_format(o->out, o->to);
         auto t = load_table(o->in, forced_format(o->format));
-        // Adjustments run in the order they stand on the command line.
-        std::map<const CLI::Option *, size_t> used;
+        // Adjustments run in the order they stand on the command line. The
+        // parse order lists an option once per value it took, so an
+        // adjustment of N values is complete at every Nth sighting.
+        std::map<const CLI::Option *, size_t> seen;
         for (const CLI::Option *opt : cmd->parse_order()) {
             for (const Adjustment &a : adjustments) {
                 if (a.option != opt) continue;
-                const size_t first = used[opt]++ * a.values;
+                const size_t taken = ++seen[opt];
                 const auto &r = opt->results();
+                if (taken % a.values != 0 || taken > r.size()) continue;
                 apply(opt->get_name(),
-                      std::vector<std::string>(r.begin() + long(first),
-                                               r.begin() + long(first + a.values)),
+                      std::vector<std::string>(r.begin() + long(taken - a.values),
+                                               r.begin() + long(taken)),
                       *t);
             }
         }

@@ -126,6 +126,26 @@ case_adjustments_apply_in_order() {
     expect_rc 1
 }
 
+case_three_value_adjustment_runs() {
+    "$vexo" -q corr sample s.kxo
+    run "$vexo" corr convert s.kxo f.kxo --scale 0.98 --focal 163 110 110
+    expect_rc 0
+    run "$vexo" corr diff s.kxo f.kxo --tolerance 1
+    expect_rc 1
+}
+
+case_two_value_adjustments_repeat_in_order() {
+    "$vexo" -q corr neutral n.kxo
+    # Each --spatial occurrence is one adjustment of its own two values.
+    "$vexo" -q corr convert n.kxo a.kxo --spatial 0 1.2 --spatial 1 0.8
+    "$vexo" -q corr convert n.kxo b.kxo --spatial 1 0.8 --spatial 0 1.2
+    "$vexo" -q corr convert n.kxo c.kxo --spatial 0 1.2
+    run "$vexo" corr diff a.kxo c.kxo --tolerance 1
+    expect_rc 1
+    run "$vexo" corr diff a.kxo b.kxo --tolerance 1
+    expect_rc 1
+}
+
 case_version() {
     run "$vexo" --version
     expect_rc 0
