@@ -44,15 +44,14 @@ const cv::Mat &frame() {
     return f;
 }
 
+// What the recogniser does with each frame.
 void detect_and_describe(benchmark::State &state, vexo::DetectorKind kind) {
     auto detector = vexo::make_detector(kind);
-    auto extractor = vexo::make_extractor(kind);
     size_t found = 0;
     for (auto _ : state) {
         std::vector<cv::KeyPoint> kps;
         cv::Mat desc;
-        detector->detect(frame(), kps);
-        extractor->compute(frame(), kps, desc);
+        vexo::detect_and_describe(kind, *detector, frame(), kps, desc);
         found = kps.size();
         benchmark::DoNotOptimize(desc.data);
     }

@@ -44,4 +44,17 @@ cv::Ptr<cv::Feature2D> make_extractor(DetectorKind kind) {
     return make_detector(kind);
 }
 
+void detect_and_describe(DetectorKind kind, cv::Feature2D &detector, const cv::Mat &grey,
+                         std::vector<cv::KeyPoint> &keypoints, cv::Mat &descriptors) {
+    const cv::Ptr<cv::Feature2D> extractor = make_extractor(kind);
+    const auto *surf = dynamic_cast<const Surf *>(&detector);
+    const auto *surf_extractor = dynamic_cast<const Surf *>(extractor.get());
+    if (surf && surf_extractor) {
+        surf->detect_and_describe_as(grey, *surf_extractor, keypoints, descriptors);
+        return;
+    }
+    detector.detect(grey, keypoints);
+    extractor->compute(grey, keypoints, descriptors);
+}
+
 } // namespace vexo

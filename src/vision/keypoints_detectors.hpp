@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include <opencv2/features2d.hpp>
 
@@ -24,6 +25,12 @@ cv::Ptr<cv::Feature2D> make_detector(DetectorKind kind);
 // Extractor for descriptors: the detector's own parameters, except SURF,
 // which describes with its default parameters (64-float descriptors).
 cv::Ptr<cv::Feature2D> make_extractor(DetectorKind kind);
+
+// Keypoints of a frame found by `detector` (made by make_detector(kind))
+// and their descriptors from make_extractor(kind), as detect() then
+// compute() give them; SURF finds and describes in one pass.
+void detect_and_describe(DetectorKind kind, cv::Feature2D &detector, const cv::Mat &grey,
+                         std::vector<cv::KeyPoint> &keypoints, cv::Mat &descriptors);
 
 // Pyramid levels of the ORB detector; provided keypoints must name one.
 constexpr int kOrbLevels = 8;

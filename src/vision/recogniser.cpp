@@ -84,8 +84,7 @@ uint32_t match_pattern(const Recogniser &rec, const ImageBlock *frame, MatchedPa
     if (rec.detector.empty() || rec.pattern_descriptors.empty()) return VEXO_ERROR_NO_HANDLE;
     std::vector<cv::KeyPoint> frame_keypoints;
     cv::Mat frame_descriptors;
-    rec.detector->detect(grey, frame_keypoints);
-    make_extractor(rec.kind)->compute(grey, frame_keypoints, frame_descriptors);
+    detect_and_describe(rec.kind, *rec.detector, grey, frame_keypoints, frame_descriptors);
 
     std::vector<std::vector<cv::DMatch>> lists;
     // A frame without descriptors has nothing to match against.

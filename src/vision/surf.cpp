@@ -57,4 +57,16 @@ void Surf::detectAndCompute(cv::InputArray image, cv::InputArray mask,
     rows.copyTo(descriptors);
 }
 
+void Surf::detect_and_describe_as(const cv::Mat &image, const Surf &describer,
+                                  std::vector<cv::KeyPoint> &keypoints,
+                                  cv::Mat &descriptors) const {
+    keypoints.clear();
+    descriptors.release();
+    const cv::Mat grey = to_grey(image);
+    if (grey.empty()) return;
+    const IntegralImage integral(grey);
+    keypoints = surf_find_blobs(integral, params_);
+    surf_describe(integral, describer.params_, keypoints, &descriptors);
+}
+
 } // namespace vexo

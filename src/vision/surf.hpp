@@ -38,6 +38,13 @@ public:
                           std::vector<cv::KeyPoint> &keypoints, cv::OutputArray descriptors,
                           bool use_provided_keypoints = false) override;
 
+    // The keypoints detect() finds with these parameters, described as
+    // `describer`.compute() would describe them on the same image: the same
+    // keypoints and descriptors bit for bit, from one integral image and one
+    // orientation pass instead of two.
+    void detect_and_describe_as(const cv::Mat &image, const Surf &describer,
+                                std::vector<cv::KeyPoint> &keypoints, cv::Mat &descriptors) const;
+
     int descriptorSize() const override { return params_.extended ? 128 : 64; }
     int descriptorType() const override { return CV_32F; }
     int defaultNorm() const override { return cv::NORM_L2; }

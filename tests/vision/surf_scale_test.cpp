@@ -4,10 +4,12 @@
 // here are computed from the pixels directly, not through the integral image.
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include <gtest/gtest.h>
 
 #include "fixtures.hpp"
+#include "vision/keypoints_detectors.hpp"
 #include "vision/surf.hpp"
 #include "vision/surf_internal.hpp"
 
@@ -178,6 +180,29 @@ TEST(SurfDescribe, DescriptorMovesSmoothlyWithTheKeypoint) {
     const double tenth = cv::norm(descriptor_at(79.95f), descriptor_at(80.05f));
     const double whole = cv::norm(descriptor_at(79.5f), descriptor_at(80.5f));
     EXPECT_LT(tenth, 0.25 * whole) << "0.1 px: " << tenth << ", 1 px: " << whole;
+}
+
+// The recogniser finds and describes a frame's keypoints in one pass; it
+// must give what detect() then the extractor's compute() give.
+TEST(SurfDescribe, OnePassEqualsDetectThenComputeBitForBit) {
+    const cv::Mat texture = vt::make_pattern(240, 200, 5);
+    const auto detector = vexo::make_detector(vexo::DetectorKind::Surf);
+    std::vector<cv::KeyPoint> two_calls, one_pass;
+    cv::Mat described, one_pass_rows;
+    detector->detect(texture, two_calls);
+    vexo::make_extractor(vexo::DetectorKind::Surf)->compute(texture, two_calls, described);
+    vexo::detect_and_describe(vexo::DetectorKind::Surf, *detector, texture, one_pass,
+                              one_pass_rows);
+    ASSERT_GT(two_calls.size(), 10u);
+    ASSERT_EQ(two_calls.size(), one_pass.size());
+    for (size_t k = 0; k < one_pass.size(); ++k) {
+        EXPECT_EQ(two_calls[k].pt, one_pass[k].pt) << "keypoint " << k;
+        EXPECT_EQ(two_calls[k].angle, one_pass[k].angle) << "keypoint " << k;
+        EXPECT_EQ(two_calls[k].size, one_pass[k].size) << "keypoint " << k;
+    }
+    ASSERT_EQ(described.size(), one_pass_rows.size());
+    EXPECT_EQ(0, std::memcmp(described.data, one_pass_rows.data,
+                             described.total() * described.elemSize()));
 }
 
 } // namespace
