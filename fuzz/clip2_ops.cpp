@@ -4,13 +4,15 @@
 // of closed paths, each ending with a copy of its first point flagged
 // VEXO_POINT_END.
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include "fuzz_check.hpp"
 #include "vexo.h"
 
 namespace {
+
+constexpr const char *kTarget = "clip2_ops";
 
 // Five bytes a point: x and y as int16 in hundredths, and a flags byte whose
 // bit 0 ends a path and bit 7 moves the point a million times further out
@@ -38,12 +40,16 @@ std::vector<GeomPoint> read_points(const uint8_t *data, size_t size) {
 void check_closed(GeomPoint *out, uint32_t n, uint32_t fewest) {
     for (uint32_t i = 0, start = 0; i < n; ++i) {
         if (!out[i].flags) continue;
-        if (out[i].flags != VEXO_POINT_END || i < start + fewest || out[i].x != out[start].x ||
-            out[i].y != out[start].y)
-            std::abort();
+        if (out[i].flags != VEXO_POINT_END)
+            fuzz_fail(kTarget, "path end with flags other than VEXO_POINT_END", out[i].flags);
+        if (i < start + fewest)
+            fuzz_fail(kTarget, "path shorter than allowed, vertices", i - start + 1);
+        if (out[i].x != out[start].x || out[i].y != out[start].y)
+            fuzz_fail(kTarget, "path does not end on its first point, at index", i);
         start = i + 1;
     }
-    if (n && out[n - 1].flags != VEXO_POINT_END) std::abort();
+    if (n && out[n - 1].flags != VEXO_POINT_END)
+        fuzz_fail(kTarget, "last point not flagged VEXO_POINT_END, flags", out[n - 1].flags);
     vexo_geom_release(out);
 }
 
@@ -55,7 +61,7 @@ void check_result(const Clip2Handle *clip) {
 void expect(uint32_t status, bool refusable) {
     if (status == VEXO_OK || status == VEXO_ERROR_NO_MEMORY) return;
     if (status == VEXO_ERROR_INVALID_PARAMETER && refusable) return;
-    std::abort();
+    fuzz_fail(kTarget, "status outside the allowed ones", status);
 }
 
 } // namespace
