@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // C boundary of the dot appenders.
-#include "geom/dots.hpp"
+#include "core/dots.hpp"
 
 extern "C" {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // C boundary of the circle and spiral generators.
-#include "geom/figures.hpp"
+#include "core/figures.hpp"
 
 extern "C" {
 

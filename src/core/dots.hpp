@@ -16,6 +16,11 @@ namespace vexo {
 GeomPoint *append_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint *point, bool use_shape,
                       const GeomDotShape *shape, uint32_t *capacity) noexcept;
 
+// The figure a shaped dot at `centre` is drawn as: a new C-heap array of
+// *n points, or NULL when the shape yields no point (or memory runs out).
+GeomPoint *draw_dot_figure(const GeomPoint &centre, const GeomDotShape &shape,
+                           uint32_t *n) noexcept;
+
 // The shape fields read from a caller's larger parameter record, at
 // VEXO_DOT_PARAMS_OFFSET in host byte order.
 GeomDotShape shape_from_params(const void *params);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "geom/figures.hpp"
+#include "core/figures.hpp"
 
 #include <cmath>
 #include <cstdlib>

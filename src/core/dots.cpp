@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Dot appenders: a dot is one point with the end flag, or a small circle or
 // spiral when the caller asks for a shape.
-#include "geom/dots.hpp"
+#include "core/dots.hpp"
 
 #include <cstdlib>
 #include <cstring>
 
 #include "core/point_buffer.hpp"
-#include "geom/figures.hpp"
+#include "core/figures.hpp"
 
 namespace vexo {
 
@@ -31,16 +31,6 @@ GeomPoint *append_single_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint
     return buffer;
 }
 
-GeomPoint *draw_figure(const GeomPoint &centre, const GeomDotShape &shape, uint32_t *n) {
-    const bool reverse = (shape.options & VEXO_DOT_REVERSE) != 0;
-    const double radius = shape.radius / 1000.0;
-    if (shape.kind == 0)
-        return create_circle(radius, centre, reverse ? 360.0 : 0.0, reverse ? 0.0 : 360.0,
-                             shape.steps, n);
-    return create_spiral(shape.inner_radius / 1000.0, radius, centre, 0.0, shape.pitch / 1000.0,
-                         shape.steps, reverse, (shape.options & VEXO_DOT_OUTWARD) != 0, n);
-}
-
 // A buffer that does not exist yet is made to the figure's size (plus
 // headroom when the caller keeps a capacity).
 GeomPoint *adopt_figure(const GeomPoint *figure, uint32_t m, uint32_t *count, uint32_t *capacity) {
@@ -56,13 +46,24 @@ GeomPoint *adopt_figure(const GeomPoint *figure, uint32_t m, uint32_t *count, ui
 
 } // namespace
 
+GeomPoint *draw_dot_figure(const GeomPoint &centre, const GeomDotShape &shape,
+                           uint32_t *n) noexcept {
+    const bool reverse = (shape.options & VEXO_DOT_REVERSE) != 0;
+    const double radius = shape.radius / 1000.0;
+    if (shape.kind == 0)
+        return create_circle(radius, centre, reverse ? 360.0 : 0.0, reverse ? 0.0 : 360.0,
+                             shape.steps, n);
+    return create_spiral(shape.inner_radius / 1000.0, radius, centre, 0.0, shape.pitch / 1000.0,
+                         shape.steps, reverse, (shape.options & VEXO_DOT_OUTWARD) != 0, n);
+}
+
 GeomPoint *append_dot(GeomPoint *buffer, uint32_t *count, const GeomPoint *point, bool use_shape,
                       const GeomDotShape *shape, uint32_t *capacity) noexcept {
     if (!count || !point) return buffer;
     if (!use_shape || !shape) return append_single_dot(buffer, count, *point, capacity);
 
     uint32_t m = 0;
-    GeomPoint *figure = draw_figure(*point, *shape, &m);
+    GeomPoint *figure = draw_dot_figure(*point, *shape, &m);
     if (!figure) return buffer;
     GeomPoint *result;
     if (buffer) {
