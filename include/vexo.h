@@ -597,6 +597,86 @@ VEXO_API uint32_t vexo_line_get_crossing(const GeomPoint *a0, const GeomPoint *a
 VEXO_API GeomPoint *vexo_line_get_inner_part(const GeomPoint *a, const GeomPoint *b,
                                              const double *rect);
 
+/* Line patterns: dots or dashes along polylines.
+ *
+ * Input: `count` points forming polylines as everywhere (VEXO_POINT_END on
+ * each polyline's last point; the array's last point ends its polyline
+ * whatever its flags).  Arc length runs on across vertices and starts again
+ * at 0 on each polyline.  A position at arc length s lies on the first
+ * segment whose span [start, end) holds it (the last segment also holds its
+ * end), so a dot on a vertex appears once; it is placed with the arithmetic
+ * of vexo_line_get_dot on that segment.  Results are new arrays (free with
+ * vexo_geom_release); generated points have flags 0 and zeroed trailing
+ * bytes, each output polyline ends with VEXO_POINT_END.  A status is stored
+ * through `status` when it is not NULL: VEXO_OK; VEXO_ERROR_NO_RESULT
+ * (valid input, nothing to draw: NULL, *out_count 0);
+ * VEXO_ERROR_INVALID_PARAMETER (NULL points with count > 0, NULL
+ * out_count, a NaN or infinite coordinate or parameter, a pitch or pattern
+ * period of at most 1e-7, a bad dash record, an unknown option bit);
+ * VEXO_ERROR_NO_MEMORY (allocation failed, or a result beyond 2^26
+ * points, decided before anything is allocated).  On failure the result is
+ * NULL and *out_count 0; nothing is allocated for bad parameters. */
+
+/* Options of the pattern functions. */
+#define VEXO_PATTERN_2D 0x01u   /* arc length over x and y only (z interpolated) */
+#define VEXO_PATTERN_FIT 0x02u  /* stretch the pattern to whole periods per polyline */
+#define VEXO_PATTERN_RING 0x04u /* a closed polyline runs on across its seam */
+
+/* Dots every `pitch` along each polyline, the first at arc length `phase`
+ * (taken modulo pitch, so a negative phase works as in a dash offset):
+ * floor((L - phase) / pitch) + 1 dots on a polyline of length L.  Each dot
+ * is one point flagged VEXO_POINT_END, or with use_shape (and a shape) the
+ * circle or spiral vexo_geom_append_dot draws there, byte for byte; a shape
+ * that draws nothing leaves nothing.  VEXO_PATTERN_FIT: the pitch becomes
+ * L / n with n = round(L / pitch) (at least 1), the phase scaled alike, so
+ * with phase 0 the dots hit both ends.  VEXO_PATTERN_RING: on a polyline
+ * of at least 3 points whose last point equals its first (x, y and, unless
+ * VEXO_PATTERN_2D, z), a last dot closer than 1e-7 along the ring to the
+ * first is left out, so the seam gets one dot.  Statuses: see above. */
+VEXO_API GeomPoint *vexo_line_to_pattern(const GeomPoint *points, uint32_t count, double pitch,
+                                         double phase, uint32_t options, bool use_shape,
+                                         const GeomDotShape *shape, uint32_t *out_count,
+                                         uint32_t *status);
+
+/* vexo_line_to_pattern reading the dot shape from a caller parameter
+ * record of at least VEXO_DOT_PARAMS_SIZE bytes (fields at
+ * VEXO_DOT_PARAMS_OFFSET), as vexo_geom_append_dot2 does. */
+VEXO_API GeomPoint *vexo_line_to_pattern2(const GeomPoint *points, uint32_t count, double pitch,
+                                          double phase, uint32_t options, bool use_shape,
+                                          const void *params, uint32_t *out_count,
+                                          uint32_t *status);
+
+/* Most entries of a dash array. */
+#define VEXO_DASH_MAX 16u
+
+/* Dash pattern: 144 bytes, offsets in the comments. */
+typedef struct VexoDash {
+    double lengths[VEXO_DASH_MAX]; /*   0: on, off, on, ... (>= 0, finite) */
+    uint32_t count;                /* 128: entries used, 1..VEXO_DASH_MAX */
+    uint32_t options;              /* 132: VEXO_PATTERN_ bits */
+    double offset;                 /* 136: where in the pattern arc length 0 lies */
+} VexoDash;
+
+/* Dashes along each polyline.  The pattern is lengths[0..count) (an odd
+ * count is repeated once, as dash arrays are in SVG), entry 0 "on"; arc
+ * length s lies at pattern position (offset + s) modulo the period.  Each
+ * "on" stretch becomes a polyline of its own: its start, the vertices
+ * strictly inside it, its end (z interpolated; a stretch cut by the
+ * polyline's end, or ending within 1e-7 of it, ends on that vertex), the last point flagged
+ * VEXO_POINT_END.  A zero "on" entry is a dot (one point), also at the
+ * polyline's end; a longer stretch cut to nothing is dropped.
+ * VEXO_PATTERN_FIT: the pattern and offset are scaled so that an open
+ * polyline holds n periods plus the first entry (so with offset 0 it
+ * starts and ends "on") and a ring n periods, n = round(...) as for dots.
+ * VEXO_PATTERN_RING: on a closed polyline (as for dots) a stretch that runs
+ * into the seam and one that starts there become one polyline, written
+ * after the polyline's other stretches.  Statuses: see above; a period
+ * (sum of the entries) of at most 1e-7, a negative or non-finite entry, a
+ * count of 0 or above VEXO_DASH_MAX give VEXO_ERROR_INVALID_PARAMETER. */
+VEXO_API GeomPoint *vexo_line_to_pattern3(const GeomPoint *points, uint32_t count,
+                                          const VexoDash *dash, uint32_t *out_count,
+                                          uint32_t *status);
+
 /* ===========================================================================
  * gfx: colour pipeline
  * ========================================================================= */

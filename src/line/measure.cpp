@@ -25,18 +25,25 @@ uint32_t dot_count(double length, double spacing, double extra) {
     return static_cast<uint32_t>(static_cast<uint64_t>(dots));
 }
 
-bool place_dot(const GeomPoint &a, const GeomPoint &b, double spacing, int32_t index, double offset,
-               GeomPoint *out) {
-    double dx = b.x - a.x;
-    double dy = b.y - a.y;
-    double dz = b.z - a.z;
-    const double len = std::sqrt(dx * dx + dy * dy + dz * dz);
+double dot_direction(const GeomPoint &a, const GeomPoint &b, double d[3]) {
+    d[0] = b.x - a.x;
+    d[1] = b.y - a.y;
+    d[2] = b.z - a.z;
+    const double len = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
     // Coincident ends leave a zero direction: every dot lands on a.
     if (std::fabs(len) > kZeroTolerance) {
-        dx /= len;
-        dy /= len;
-        dz /= len;
+        d[0] /= len;
+        d[1] /= len;
+        d[2] /= len;
     }
+    return len;
+}
+
+bool place_dot(const GeomPoint &a, const GeomPoint &b, double spacing, int32_t index, double offset,
+               GeomPoint *out) {
+    double d[3];
+    dot_direction(a, b, d);
+    const double dx = d[0], dy = d[1], dz = d[2];
     const double steps = static_cast<double>(index);
     const double x = a.x + dx * spacing * steps + dx * offset;
     const double y = a.y + dy * spacing * steps + dy * offset;

@@ -35,6 +35,11 @@ double segment_length(const GeomPoint &a, const GeomPoint &b, bool only2d);
 // ceil((length + extra) / spacing) as the low 32 bits of a 64-bit integer.
 uint32_t dot_count(double length, double spacing, double extra);
 
+// The direction vexo_line_get_dot places along: b - a divided by its 3D
+// length when that exceeds the zero tolerance, the raw difference
+// otherwise.  Returns the length.
+double dot_direction(const GeomPoint &a, const GeomPoint &b, double d[3]);
+
 // The dot spacing * index + offset along a->b; true when it lies inside the
 // segment's bounding box (bounds inclusive).
 bool place_dot(const GeomPoint &a, const GeomPoint &b, double spacing, int32_t index, double offset,
