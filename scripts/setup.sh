@@ -13,7 +13,10 @@ packages=(g++ make cmake pkg-config libopencv-dev libpolyclipping-dev libgtest-d
           # independent reference in the line tests; the Python package and
           # its tests (pip installs it from the tree, offline).
           libcli11-dev nlohmann-json3-dev libcairo2-dev libgeos-dev
-          python3-numpy python3-pytest python3-setuptools python3-pip)
+          python3-numpy python3-pytest python3-setuptools python3-pip
+          # The Python package's offline install test: a virtual environment
+          # and setuptools' wheel builder.
+          python3-venv python3-wheel)
 
 missing=()
 for p in "${packages[@]}"; do
