@@ -6,14 +6,11 @@ import os
 from pathlib import Path
 
 from . import _records as r
+from ._records import c_double, c_int32, c_uint8, c_uint32
 
 P = ctypes.POINTER
 c_bool = ctypes.c_bool
 c_char_p = ctypes.c_char_p
-c_double = ctypes.c_double
-c_int32 = ctypes.c_int32
-c_uint8 = ctypes.c_uint8
-c_uint32 = ctypes.c_uint32
 c_void_p = ctypes.c_void_p
 
 OK = 1
