@@ -613,8 +613,8 @@ VEXO_API GeomPoint *vexo_line_get_inner_part(const GeomPoint *a, const GeomPoint
  * VEXO_ERROR_INVALID_PARAMETER (NULL points with count > 0, NULL
  * out_count, a NaN or infinite coordinate or parameter, a pitch or pattern
  * period of at most 1e-7, a bad dash record, an unknown option bit);
- * VEXO_ERROR_NO_MEMORY (allocation failed, or a result beyond 2^26
- * points, decided before anything is allocated).  On failure the result is
+ * VEXO_ERROR_NO_MEMORY (allocation failed, a result beyond 2^26 points,
+ * or more than 2^26 dash entries along one polyline).  On failure the result is
  * NULL and *out_count 0; nothing is allocated for bad parameters. */
 
 /* Options of the pattern functions. */

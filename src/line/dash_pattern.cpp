@@ -66,10 +66,10 @@ size_t entry_at(const Layout &layout, double offset) {
 bool collect_stretches(const Layout &layout, double length, std::vector<Stretch> &out) {
     const size_t entries = layout.lengths.size();
     size_t j = entry_at(layout, layout.offset);
-    double period_base = 0.0;
+    double periods = 0.0;  // whole periods walked, counted rather than summed
     bool run_open = false; // the last "on" stretch may still be continued
     for (;;) {
-        const double s = (period_base + layout.starts[j]) - layout.offset;
+        const double s = (periods * layout.period + layout.starts[j]) - layout.offset;
         if (s > length) break;
         const double e = layout.lengths[j];
         if (j % 2 == 1) {
@@ -90,7 +90,7 @@ bool collect_stretches(const Layout &layout, double length, std::vector<Stretch>
         }
         if (++j == entries) {
             j = 0;
-            period_base += layout.period;
+            periods += 1.0;
         }
     }
     return true;
@@ -153,7 +153,9 @@ private:
 // repeats the point before it).  The last point gets VEXO_POINT_END when
 // `ends` is set.
 bool emit(PolylineCursor &cursor, const Stretch &st, bool continued, bool ends, PointSink &sink) {
-    auto put = [&sink](const GeomPoint &p) { return sink.push(p); };
+    auto put = [&sink](const GeomPoint &p) {
+        return sink.size() < kMaxPatternPoints && sink.push(p);
+    };
     const GeomPoint start = cursor.at(st.s0);
     if (!continued && !put(start)) return false;
     if (st.s1 > st.s0) {
@@ -172,7 +174,10 @@ uint32_t dash_polyline(const GeomPoint *points, uint32_t first, uint32_t last,
     const bool ring =
         (pattern.options & VEXO_PATTERN_RING) != 0 && is_closed_ring(points, first, last, only2d);
     const Layout layout = lay_out(pattern, length, ring);
-    if (length / layout.period > kMaxPatternPoints) return VEXO_ERROR_NO_MEMORY;
+    // Bounds the walk: a pattern of tiny entries along a long polyline is
+    // refused before it starts (also a length that overflowed to infinity).
+    const double entries = length / layout.period * static_cast<double>(layout.lengths.size());
+    if (!(entries <= kMaxPatternPoints)) return VEXO_ERROR_NO_MEMORY;
     std::vector<Stretch> stretches;
     if (!collect_stretches(layout, length, stretches)) return VEXO_ERROR_NO_MEMORY;
 
@@ -191,8 +196,7 @@ uint32_t dash_polyline(const GeomPoint *points, uint32_t first, uint32_t last,
         PolylineCursor from_start(points, first, last, length, only2d);
         ok = emit(from_start, stretches.front(), true, true, sink);
     }
-    if (!ok) return VEXO_ERROR_NO_MEMORY;
-    return sink.size() > kMaxPatternPoints ? VEXO_ERROR_NO_MEMORY : VEXO_OK;
+    return ok ? VEXO_OK : VEXO_ERROR_NO_MEMORY;
 }
 
 } // namespace

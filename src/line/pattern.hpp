@@ -12,8 +12,8 @@
 namespace vexo {
 
 // The largest result a pattern builds (2 GiB of points), and the most
-// periods it walks along one polyline: beyond either the answer is
-// VEXO_ERROR_NO_MEMORY, decided before the result is allocated.
+// dash entries it walks along one polyline: beyond either the answer is
+// VEXO_ERROR_NO_MEMORY (for dots decided before the result is allocated).
 constexpr uint32_t kMaxPatternPoints = 1u << 26;
 
 struct PatternResult {

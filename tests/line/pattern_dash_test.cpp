@@ -241,6 +241,13 @@ TEST(DashPattern, TooManyPeriodsIsNoMemory) {
     EXPECT_TRUE(run.null_result);
 }
 
+TEST(DashPattern, LengthOverflowingToInfinityIsNoMemory) {
+    // 2e308 overflows: the fitted pattern would be NaN and never end.
+    const auto vast = polyline({point(-1e308, 0), point(1e308, 0)});
+    const Output run = dashes(vast, dash_of({1, 1}, 0.0, VEXO_PATTERN_FIT));
+    EXPECT_EQ(run.status, VEXO_ERROR_NO_MEMORY);
+}
+
 TEST(DashPattern, NothingDrawnIsNoResult) {
     // The only dash starts beyond the offset's reach: offset 1 of {1, 10}
     // leaves the whole line in the gap.

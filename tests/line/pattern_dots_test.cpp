@@ -368,6 +368,12 @@ TEST(DotPattern, ResultBeyondTheLimitIsNoMemory) {
     EXPECT_TRUE(run.null_result);
 }
 
+TEST(DotPattern, LengthOverflowingToInfinityIsNoMemory) {
+    const auto vast = polyline({point(-1e308, 0), point(1e308, 0)});
+    const Output run = dots(vast, 1.0, 0.0, VEXO_PATTERN_FIT);
+    EXPECT_EQ(run.status, VEXO_ERROR_NO_MEMORY);
+}
+
 TEST(DotPattern, ShapedResultBeyondTheLimitIsNoMemory) {
     // 6 * 10^6 dots fit; as circles of 13 points each they pass 2^26.
     const GeomDotShape shape = circle_shape(0);
