@@ -100,32 +100,38 @@ bool little_endian_host() {
     return first == 1;
 }
 
-void map_bytes(uint8_t *dst, const uint8_t *src, size_t bytes, const ChannelTables &t) {
-    for (size_t i = 0; i < bytes; ++i) dst[i] = t[i % kColourChannels][src[i]];
-}
-
 } // namespace
 
-void map_pixels(uint8_t *dst, const uint8_t *src, size_t pixels, const ChannelTables &tables) {
-    size_t done = 0;
-    const uint8_t *t0 = tables[0], *t1 = tables[1], *t2 = tables[2];
+void map_bytes_portable(uint8_t *dst, const uint8_t *src, size_t bytes, int first_channel,
+                        const ChannelTables &tables) {
+    // t[k] is the table of the channel k bytes after the first, so every
+    // later byte picks its table by its distance from the start.
+    const uint8_t *order[kColourChannels + 2] = {tables[0], tables[1], tables[2], tables[0],
+                                                 tables[1]};
+    const uint8_t *const *t = order + first_channel;
+    size_t i = 0;
     if (little_endian_host()) {
-        const size_t blocks = pixels / kBlockPixels;
-        for (size_t blk = 0; blk < blocks; ++blk) {
-            const size_t at = blk * kBlockBytes;
-            // Word 0 starts on channel 0, word 1 on channel 2 (byte 8), word
-            // 2 on channel 1 (byte 16).
-            const uint64_t w0 = map_word(src + at, t0, t1, t2);
-            const uint64_t w1 = map_word(src + at + 8, t2, t0, t1);
-            const uint64_t w2 = map_word(src + at + 16, t1, t2, t0);
-            store_word(dst + at, w0);
-            store_word(dst + at + 8, w1);
-            store_word(dst + at + 16, w2);
+        // Word 0 starts on the first channel, word 1 two channels on (byte
+        // 8), word 2 one channel on (byte 16).
+        for (; i + kBlockBytes <= bytes; i += kBlockBytes) {
+            const uint64_t w0 = map_word(src + i, t[0], t[1], t[2]);
+            const uint64_t w1 = map_word(src + i + 8, t[2], t[0], t[1]);
+            const uint64_t w2 = map_word(src + i + 16, t[1], t[2], t[0]);
+            store_word(dst + i, w0);
+            store_word(dst + i + 8, w1);
+            store_word(dst + i + 16, w2);
         }
-        done = blocks * kBlockPixels;
     }
-    const size_t at = done * kColourChannels;
-    map_bytes(dst + at, src + at, (pixels - done) * kColourChannels, tables);
+    for (int channel = 0; i < bytes; ++i, channel = channel == 2 ? 0 : channel + 1)
+        dst[i] = t[channel][src[i]];
+}
+
+void map_pixels(uint8_t *dst, const uint8_t *src, size_t pixels, const ChannelTables &tables) {
+    const size_t bytes = pixels * kColourChannels;
+    if (wide_walk_available())
+        map_bytes_wide(dst, src, bytes, tables);
+    else
+        map_bytes_portable(dst, src, bytes, 0, tables);
 }
 
 } // namespace vexo

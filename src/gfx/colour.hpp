@@ -44,7 +44,26 @@ void build_channel_tables(const GammaTable &gamma, const ColourLevels &levels,
                           ChannelTables &tables);
 
 // Maps `pixels` 3-byte pixels from src to dst through the tables.  dst may
-// equal src; other overlaps are not supported.
+// equal src; other overlaps are not supported.  Takes the 64-byte walk
+// when the processor has it, the portable walk otherwise; both give the
+// same bytes.
 void map_pixels(uint8_t *dst, const uint8_t *src, size_t pixels, const ChannelTables &tables);
+
+// The portable walk: `bytes` bytes whose first one belongs to channel
+// `first_channel` (0..2).
+void map_bytes_portable(uint8_t *dst, const uint8_t *src, size_t bytes, int first_channel,
+                        const ChannelTables &tables);
+
+// True when this processor runs the 64-byte walk (byte permutes on 512-bit
+// registers), checked once at run time.
+bool wide_walk_available();
+
+// The 64-byte walk, which must only run where wide_walk_available().
+// Outputs of at least kStreamingBytes bypass the cache on the way out.
+void map_bytes_wide(uint8_t *dst, const uint8_t *src, size_t bytes, const ChannelTables &tables);
+
+// An image this large does not stay in the cache together with its source,
+// so storing it through the cache only evicts data the host may still use.
+constexpr size_t kStreamingBytes = size_t{8} << 20;
 
 } // namespace vexo
