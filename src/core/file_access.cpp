@@ -196,6 +196,92 @@ std::FILE *open_regular_file(const char *path, bool text, uint64_t *size) noexce
     return f;
 }
 
+namespace {
+
+#ifdef _WIN32
+
+ReadOutcome read_open_file(const char *path, size_t max_size, uint8_t **data, size_t *size) {
+    uint64_t file_bytes = 0;
+    std::FILE *f = open_regular_file(path, false, &file_bytes);
+    if (!f) return ReadOutcome::CannotOpen;
+    ReadOutcome outcome = ReadOutcome::Read;
+    uint8_t *block = nullptr;
+    if (file_bytes > max_size) {
+        outcome = ReadOutcome::TooLarge;
+    } else if (!(block = static_cast<uint8_t *>(std::malloc(size_t(file_bytes) + 1)))) {
+        outcome = ReadOutcome::NoMemory;
+    } else {
+        *size = std::fread(block, 1, size_t(file_bytes), f);
+        if (std::ferror(f)) outcome = ReadOutcome::ReadError;
+    }
+    std::fclose(f);
+    if (outcome != ReadOutcome::Read)
+        std::free(block);
+    else
+        *data = block;
+    return outcome;
+}
+
+#else
+
+// Fills block[0..wanted) from fd; returns the bytes read (fewer at end of
+// file) or -1.  The descriptor was opened non-blocking so that opening a
+// FIFO cannot wait; a regular file's reads ignore that on most file
+// systems, and where one does not, the flag is cleared and the read
+// repeated.
+ssize_t read_all(int fd, uint8_t *block, size_t wanted) {
+    size_t got = 0;
+    while (got < wanted) {
+        const ssize_t n = ::read(fd, block + got, wanted - got);
+        if (n > 0) {
+            got += size_t(n);
+        } else if (n == 0) {
+            break;
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            const int flags = ::fcntl(fd, F_GETFL);
+            if (flags < 0 || ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) return -1;
+        } else if (errno != EINTR) {
+            return -1;
+        }
+    }
+    return ssize_t(got);
+}
+
+ReadOutcome read_descriptor(int fd, size_t max_size, uint8_t **data, size_t *size) {
+    struct stat info;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size < 0)
+        return ReadOutcome::CannotOpen;
+    if (uint64_t(info.st_size) > max_size) return ReadOutcome::TooLarge;
+    const size_t wanted = size_t(info.st_size);
+    auto *block = static_cast<uint8_t *>(std::malloc(wanted + 1));
+    if (!block) return ReadOutcome::NoMemory;
+    const ssize_t got = read_all(fd, block, wanted);
+    if (got < 0) {
+        std::free(block);
+        return ReadOutcome::ReadError;
+    }
+    *data = block;
+    *size = size_t(got);
+    return ReadOutcome::Read;
+}
+
+ReadOutcome read_open_file(const char *path, size_t max_size, uint8_t **data, size_t *size) {
+    const int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0) return ReadOutcome::CannotOpen;
+    const ReadOutcome outcome = read_descriptor(fd, max_size, data, size);
+    ::close(fd);
+    return outcome;
+}
+
+#endif
+
+} // namespace
+
+ReadOutcome read_regular_file(const char *path, size_t max_size, uint8_t **data,
+                              size_t *size) noexcept {
+    return read_open_file(path, max_size, data, size);
+}
+
 WriteOutcome replace_file(const char *path, const uint8_t *data, size_t size, bool text) noexcept {
     try {
         const std::string target = final_target(path);

@@ -17,6 +17,23 @@ namespace vexo {
 // Windows retries a name the narrow open rejects with the wide open.
 std::FILE *open_regular_file(const char *path, bool text, uint64_t *size) noexcept;
 
+enum class ReadOutcome {
+    Read,
+    CannotOpen, // missing, unreadable, or not a regular file
+    TooLarge,   // larger than the caller's limit; nothing was read
+    NoMemory,
+    ReadError,
+};
+
+// Reads an existing regular file whole into a new malloc'd block (one
+// spare byte, so an empty file still gets a block of its own) that the
+// caller frees; *size is what was read, less than the file's size when it
+// shrank meanwhile.  Refuses what open_regular_file refuses, before
+// anything can block.  A descriptor, one fstat and one read for a file
+// that stays as it is: no stream and no stream buffer.
+ReadOutcome read_regular_file(const char *path, size_t max_size, uint8_t **data,
+                              size_t *size) noexcept;
+
 enum class WriteOutcome {
     Written,
     CannotCreate, // no temporary next to the target, or the target is not a regular file
