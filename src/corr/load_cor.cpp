@@ -24,10 +24,9 @@ uint32_t subtract_f64_pairs(ByteSpan file, size_t offset, double sx, double sy, 
     const uint8_t *p = file.data + offset;
     for (int row = 0; row < kCorrSide; ++row) {
         for (int column = 0; column < kCorrSide; ++column, p += 16) {
-            GeomPoint &cell = corr_cell(table, row, column);
-            cell.x = neutral_coordinate(column) - load_le_f64(p) * sx;
-            cell.y = neutral_coordinate(row) - load_le_f64(p + 8) * sy;
-            cell.z = 0.0;
+            set_cell_xyz(corr_cell(table, row, column),
+                         neutral_coordinate(column) - load_le_f64(p) * sx,
+                         neutral_coordinate(row) - load_le_f64(p + 8) * sy, 0.0);
         }
     }
     return VEXO_OK;
@@ -39,10 +38,8 @@ uint32_t subtract_i32_pairs(ByteSpan file, size_t offset, CorrTable &table) {
     const uint8_t *p = file.data + offset;
     for (int row = 0; row < kCorrSide; ++row) {
         for (int column = 0; column < kCorrSide; ++column, p += 8) {
-            GeomPoint &cell = corr_cell(table, row, column);
-            cell.x = neutral_coordinate(column) - load_le_i32(p);
-            cell.y = neutral_coordinate(row) - load_le_i32(p + 4);
-            cell.z = 0.0;
+            set_cell_xyz(corr_cell(table, row, column), neutral_coordinate(column) - load_le_i32(p),
+                         neutral_coordinate(row) - load_le_i32(p + 4), 0.0);
         }
     }
     return VEXO_OK;

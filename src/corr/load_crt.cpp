@@ -14,9 +14,9 @@ uint32_t parse_crt(ByteSpan file, CorrTable &table) {
     if (file.size < kDataOffset + kCellBytes * kCorrCells) return VEXO_ERROR_READ_FILE;
     const uint8_t *p = file.data + kDataOffset;
     for (GeomPoint &cell : table.cell) {
-        cell.y = static_cast<double>(load_le_f32(p)) * 500.0;
-        cell.x = static_cast<double>(load_le_f32(p + 4)) * 500.0;
-        cell.z = 0.0; // no focus values in this format: the neutral 0
+        // No focus values in this format: z is the neutral 0.
+        set_cell_xyz(cell, static_cast<double>(load_le_f32(p + 4)) * 500.0,
+                     static_cast<double>(load_le_f32(p)) * 500.0, 0.0);
         p += kCellBytes;
     }
     return VEXO_OK;

@@ -26,10 +26,8 @@ uint32_t parse_ct5(ByteSpan file, CorrTable &table) {
     const uint8_t *x_plane = y_plane + kPlaneBytes;
     for (int row = 0; row < kCorrSide; ++row) {
         for (int column = 0; column < kCorrSide; ++column) {
-            GeomPoint &cell = corr_cell(table, row, column);
-            cell.x = fine_value(x_plane, row, column);
-            cell.y = fine_value(y_plane, row, column);
-            cell.z = 0.0;
+            set_cell_xyz(corr_cell(table, row, column), fine_value(x_plane, row, column),
+                         fine_value(y_plane, row, column), 0.0);
         }
     }
     return VEXO_OK;

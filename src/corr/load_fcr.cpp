@@ -46,10 +46,8 @@ uint32_t parse_fcr(ByteSpan file, CorrTable &table) {
             fold_line(y_plane + kLineBytes * static_cast<size_t>(fine_row), sum_y);
         }
         for (int column = 0; column < kCorrSide; ++column) {
-            GeomPoint &cell = corr_cell(table, row, column);
-            cell.x = neutral_coordinate(column) + sum_x[column];
-            cell.y = neutral_coordinate(row) + sum_y[column];
-            cell.z = 0.0;
+            set_cell_xyz(corr_cell(table, row, column), neutral_coordinate(column) + sum_x[column],
+                         neutral_coordinate(row) + sum_y[column], 0.0);
         }
     }
     return VEXO_OK;

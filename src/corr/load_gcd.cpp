@@ -14,10 +14,9 @@ uint32_t parse_gcd(ByteSpan file, CorrTable &table) {
     const uint8_t *p = file.data;
     for (int row = 0; row < kCorrSide; ++row) {
         for (int column = 0; column < kCorrSide; ++column, p += kCellBytes) {
-            GeomPoint &cell = corr_cell(table, row, column);
-            cell.z = load_le_i16(p);
-            cell.x = (column * 1024 + load_le_i16(p + 2)) - kCorrHalfRange;
-            cell.y = (row * 1024 + load_le_i16(p + 4)) - kCorrHalfRange;
+            set_cell_xyz(corr_cell(table, row, column),
+                         (column * 1024 + load_le_i16(p + 2)) - kCorrHalfRange,
+                         (row * 1024 + load_le_i16(p + 4)) - kCorrHalfRange, load_le_i16(p));
         }
     }
     return VEXO_OK;

@@ -21,11 +21,9 @@ void apply_word_planes(CorrTable &table, const uint8_t *y_plane, const uint8_t *
     for (int row = 0; row < kCorrSide; ++row) {
         for (int column = 0; column < kCorrSide; ++column) {
             const size_t k = static_cast<size_t>(column) * kCorrSide + static_cast<size_t>(row);
-            GeomPoint &cell = corr_cell(table, row, column);
             const unsigned z_word = z_plane ? load_le16(z_plane + 2 * k) : 0u;
-            cell.x = load_le16(x_plane + 2 * k) - kCorrHalfRange;
-            cell.y = load_le16(y_plane + 2 * k) - kCorrHalfRange;
-            cell.z = z_word - kCorrHalfRange;
+            set_cell_xyz(corr_cell(table, row, column), load_le16(x_plane + 2 * k) - kCorrHalfRange,
+                         load_le16(y_plane + 2 * k) - kCorrHalfRange, z_word - kCorrHalfRange);
         }
     }
 }

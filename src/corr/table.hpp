@@ -5,6 +5,10 @@
 
 #include <cstddef>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "vexo.h"
 
 namespace vexo {
@@ -28,6 +32,25 @@ inline const GeomPoint &corr_cell(const CorrTable &table, int row, int column) {
 inline double neutral_coordinate(int line) {
     return (line - 32) * 0.015625 * 65535.0;
 }
+
+// Sets x, y and z of a cell and leaves its flags.  Loading a table is
+// bound by its stores, so x and y go in one 16-byte store where SSE2 has
+// one: two stores per cell instead of three, the same bytes.
+#ifdef __SSE2__
+inline void set_cell_xyz(GeomPoint &cell, __m128d xy, double z) {
+    _mm_storeu_pd(&cell.x, xy);
+    cell.z = z;
+}
+inline void set_cell_xyz(GeomPoint &cell, double x, double y, double z) {
+    set_cell_xyz(cell, _mm_set_pd(y, x), z);
+}
+#else
+inline void set_cell_xyz(GeomPoint &cell, double x, double y, double z) {
+    cell.x = x;
+    cell.y = y;
+    cell.z = z;
+}
+#endif
 
 // x, y from the identity grid, z = 0; flags are left as the caller had them.
 void set_neutral(CorrTable &table) noexcept;
