@@ -15,6 +15,14 @@ namespace {
 
 constexpr uint32_t kDots = 1000000;
 
+GeomPoint *append_dots(GeomPoint *points, uint32_t *count, uint32_t *capacity) {
+    for (uint32_t i = 0; i < kDots; ++i) {
+        const GeomPoint at{double(i), 1.0, 0.0, 0, 0};
+        points = vexo_geom_append_dot_fast(points, count, &at, false, nullptr, capacity);
+    }
+    return points;
+}
+
 void BM_VectorPushBack(benchmark::State &state) {
     for (auto _ : state) {
         std::vector<GeomPoint> points;
@@ -27,12 +35,8 @@ void BM_VectorPushBack(benchmark::State &state) {
 
 void BM_AppendDotFast(benchmark::State &state) {
     for (auto _ : state) {
-        GeomPoint *points = nullptr;
         uint32_t count = 0, capacity = 0;
-        for (uint32_t i = 0; i < kDots; ++i) {
-            const GeomPoint at{double(i), 1.0, 0.0, 0, 0};
-            points = vexo_geom_append_dot_fast(points, &count, &at, false, nullptr, &capacity);
-        }
+        GeomPoint *points = append_dots(nullptr, &count, &capacity);
         benchmark::DoNotOptimize(points);
         vexo_geom_release(points);
     }
@@ -55,10 +59,7 @@ void BM_AppendDotFastReused(benchmark::State &state) {
     uint32_t count = 0, capacity = 0;
     for (auto _ : state) {
         count = 0;
-        for (uint32_t i = 0; i < kDots; ++i) {
-            const GeomPoint at{double(i), 1.0, 0.0, 0, 0};
-            points = vexo_geom_append_dot_fast(points, &count, &at, false, nullptr, &capacity);
-        }
+        points = append_dots(points, &count, &capacity);
         benchmark::DoNotOptimize(points);
     }
     vexo_geom_release(points);
