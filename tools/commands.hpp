@@ -15,6 +15,7 @@
 namespace tool {
 
 void add_corr_group(CLI::App &root);
+void add_geom_group(CLI::App &root);
 #ifdef VEXO_TOOL_VISION
 void add_calib_group(CLI::App &root);
 void add_pattern_group(CLI::App &root);

@@ -7,11 +7,11 @@
 #include <cstdio>
 #include <string>
 
-#include <cairo-svg.h>
 #include <cairo.h>
 
 #include "commands.hpp"
 #include "corr_table.hpp"
+#include "picture.hpp"
 
 namespace tool {
 namespace {
@@ -291,23 +291,6 @@ struct PlotOptions {
     int size = 800;
 };
 
-void write_plot(const std::string &tmp, bool svg, int size, const Plot &p) {
-    cairo_surface_t *surface = svg ? cairo_svg_surface_create(tmp.c_str(), size, size)
-                                   : cairo_image_surface_create(CAIRO_FORMAT_RGB24, size, size);
-    cairo_t *cr = cairo_create(surface);
-    draw(cr, size, p);
-    cairo_status_t status = cairo_status(cr);
-    cairo_destroy(cr);
-    if (status == CAIRO_STATUS_SUCCESS && !svg)
-        status = cairo_surface_write_to_png(surface, tmp.c_str());
-    cairo_surface_finish(surface);
-    if (status == CAIRO_STATUS_SUCCESS) status = cairo_surface_status(surface);
-    cairo_surface_destroy(surface);
-    if (status != CAIRO_STATUS_SUCCESS)
-        throw cli::Failure(std::string("cannot write the picture: ") +
-                           cairo_status_to_string(status));
-}
-
 } // namespace
 
 void add_corr_plot(CLI::App *group) {
@@ -349,8 +332,10 @@ void add_corr_plot(CLI::App *group) {
         p.unit_scale = t->units_per_mm() > 0 ? t->units_per_mm() : 1.0;
         p.unit = t->units_per_mm() > 0 ? "mm" : "units";
         p.show_z = t->has_z && p.stats.max[2] - p.stats.min[2] > 1e-9;
-        cli::write_output(
-            o->out, [&](const std::string &tmp) { write_plot(tmp, ext == "svg", o->size, p); });
+        cli::write_output(o->out, [&](const std::string &tmp) {
+            write_picture(tmp, ext == "svg", o->size, o->size,
+                          [&](cairo_t *cr) { draw(cr, o->size, p); });
+        });
         if (o->out != "-")
             cli::say("plot of %s written to %s (%dx%d, x%.3g)\n", o->path.c_str(), o->out.c_str(),
                      o->size, o->size, p.k);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// vexo: look at, convert and create scanner correction files, calibrate a
-// camera and teach/find patterns, from the command line.  A client of the
+// vexo: look at, convert and create scanner correction files, hatch and
+// merge polylines, calibrate a camera and teach/find patterns, from the
+// command line.  A client of the
 // public header only.  Exit status: 0 success, 1 failure, 2 usage error.
 #include <cmath>
 #include <cstdio>
@@ -102,9 +103,10 @@ int finish_stdout() {
 } // namespace
 
 int main(int argc, char **argv) {
-    CLI::App app("vexo: scanner correction tables, camera calibration and pattern recognition "
-                 "with libvexo.\nExit status: 0 success, 1 failure, 2 usage error.",
-                 "vexo");
+    CLI::App app(
+        "vexo: scanner correction tables, marking geometry, camera calibration and "
+        "pattern recognition with libvexo.\nExit status: 0 success, 1 failure, 2 usage error.",
+        "vexo");
     app.require_subcommand(1);
     app.fallthrough();
     app.set_version_flag("--version", std::string("vexo ") + vexo_util_version_string());
@@ -112,6 +114,7 @@ int main(int argc, char **argv) {
     app.add_flag("--force", cli::global().force,
                  "overwrite existing outputs; write tables that fail the checks");
     tool::add_corr_group(app);
+    tool::add_geom_group(app);
 #ifdef VEXO_TOOL_VISION
     tool::add_calib_group(app);
     tool::add_pattern_group(app);
