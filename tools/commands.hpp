@@ -35,5 +35,7 @@ void print_json(const std::string &text);
 
 // corr plot lives in its own file.
 void add_corr_plot(CLI::App *group);
+// corr base and corr lookup, the head geometry's commands, too.
+void add_corr_base_commands(CLI::App *group);
 
 } // namespace tool

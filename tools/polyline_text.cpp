@@ -74,29 +74,35 @@ TextLine parse_text_line(const char *text, size_t length, const std::string &nam
     return TextLine::Point;
 }
 
-std::vector<GeomPoint> parse_polylines(const uint8_t *data, size_t size, const std::string &name) {
-    std::vector<GeomPoint> points;
+void each_line(const uint8_t *data, size_t size,
+               const std::function<void(const char *, size_t, size_t)> &visit) {
     const char *text = reinterpret_cast<const char *>(data);
-    bool open = false; // the last point read has no end flag yet
     size_t line_number = 0;
     for (size_t pos = 0; pos < size;) {
         const void *found = std::memchr(text + pos, '\n', size - pos);
         const size_t end = found ? size_t(static_cast<const char *>(found) - text) : size;
-        ++line_number;
+        visit(text + pos, end - pos, ++line_number);
+        pos = end + 1;
+    }
+}
+
+std::vector<GeomPoint> parse_polylines(const uint8_t *data, size_t size, const std::string &name) {
+    std::vector<GeomPoint> points;
+    bool open = false; // the last point read has no end flag yet
+    each_line(data, size, [&](const char *text, size_t length, size_t line_number) {
         GeomPoint p;
-        const TextLine kind = parse_text_line(text + pos, end - pos, name, line_number, &p);
+        const TextLine kind = parse_text_line(text, length, name, line_number, &p);
         if (kind == TextLine::Point) {
             if (points.size() == kMaxPolylinePoints)
-                throw cli::Failure(name + ": line " + std::to_string(line_number) + ": more than " +
-                                   std::to_string(kMaxPolylinePoints) + " points");
+                bad_line(name, line_number,
+                         "more than " + std::to_string(kMaxPolylinePoints) + " points");
             points.push_back(p);
             open = true;
         } else if (kind == TextLine::Blank && open) {
             points.back().flags = VEXO_POINT_END | VEXO_POINT_END_MARK;
             open = false;
         }
-        pos = end + 1;
-    }
+    });
     if (open) points.back().flags = VEXO_POINT_END | VEXO_POINT_END_MARK;
     return points;
 }

@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,11 @@ enum class TextLine { Blank, Comment, Point };
 // cli::Failure "NAME: line N: cause".
 TextLine parse_text_line(const char *text, size_t length, const std::string &name,
                          size_t line_number, GeomPoint *point);
+
+// Calls visit(text, length, line_number) for each line of data (numbered
+// from 1, without its '\n'); a final line break ends the last line.
+void each_line(const uint8_t *data, size_t size,
+               const std::function<void(const char *, size_t, size_t)> &visit);
 
 // Parses a whole text (see above); throws cli::Failure "NAME: line N:
 // cause" at the first bad line, or "NAME: more than ... points".
