@@ -52,6 +52,48 @@ same_file() {
     cmp -s "$1" "$2" || fail "$1 and $2 differ"
 }
 
+# png_check FILE PYTHON: PYTHON runs with w, h and px(x, y) -> (r, g, b).
+png_check() {
+    python3 - "$1" "$2" <<'PY' || fail "picture check failed: $2"
+import struct, sys, zlib
+data = open(sys.argv[1], "rb").read()
+assert data[:8] == b"\x89PNG\r\n\x1a\n", "not a PNG"
+pos, idat = 8, b""
+while pos < len(data):
+    n, kind = struct.unpack(">I4s", data[pos:pos + 8])
+    body = data[pos + 8:pos + 8 + n]
+    pos += 12 + n
+    if kind == b"IHDR":
+        w, h, depth, ctype = struct.unpack(">IIBB", body[:10])
+    elif kind == b"IDAT":
+        idat += body
+assert depth == 8, depth
+bpp = {2: 3, 6: 4}[ctype]
+raw, stride, rows, prev, i = zlib.decompress(idat), w * bpp, [], bytearray(w * bpp), 0
+for y in range(h):
+    f, line = raw[i], bytearray(raw[i + 1:i + 1 + stride])
+    i += 1 + stride
+    for x in range(stride):
+        a = line[x - bpp] if x >= bpp else 0
+        b = prev[x]
+        c = prev[x - bpp] if x >= bpp else 0
+        if f == 1: line[x] = (line[x] + a) & 255
+        elif f == 2: line[x] = (line[x] + b) & 255
+        elif f == 3: line[x] = (line[x] + (a + b) // 2) & 255
+        elif f == 4:
+            p = a + b - c
+            pa, pb, pc = abs(p - a), abs(p - b), abs(p - c)
+            line[x] = (line[x] + (a if pa <= pb and pa <= pc else b if pb <= pc else c)) & 255
+    rows.append(line)
+    prev = line
+px = lambda x, y: tuple(rows[y][x * bpp:x * bpp + 3])
+dark = lambda x, y: sum(px(x, y)) < 150
+yellow = lambda x, y: px(x, y)[0] > 200 and px(x, y)[1] > 200 and px(x, y)[2] < 100
+coloured = lambda x, y: max(px(x, y)) - min(px(x, y)) > 60
+exec(sys.argv[2])
+PY
+}
+
 run_case() {
     declare -F "case_$case_name" >/dev/null || fail "no such case"
     "case_$case_name"
