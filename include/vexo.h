@@ -975,7 +975,14 @@ VEXO_API void vexo_corr_release_info(CorrFileInfo *info);
  * (a, b) at a*n + b, x and y read) given in a field of size `range`:
  * pre-distort, normalise to the output range, resample bilinearly.  z and
  * flags end 0.  VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for a NULL table or
- * grid; VEXO_ERROR_NO_MEMORY when n*n is 0 or too large. */
+ * grid; VEXO_ERROR_NO_MEMORY when n*n is 0 or too large.
+ * Conventions kept for identical tables: the grid's FIRST index a runs
+ * along X (it becomes the table column) and b along Y (the table row), the
+ * opposite of the table's own row-by-row order; the resampling step is
+ * (n - 1) / 65, not / 64, so table node p samples grid position p * (n - 1)
+ * / 65 and node 64 stops short of the grid's last line.  Hence even a
+ * perfect measurement (measured = nominal) does not give the neutral table;
+ * vexo_corr_from_grid does. */
 VEXO_API uint32_t vexo_corr_interpolate(uint32_t n, const GeomPoint *measured,
                                         const GeomPoint *nominal, double range, CorrTable *table);
 
@@ -1054,6 +1061,35 @@ VEXO_API uint32_t vexo_corr_set_base(CorrTable *table, const CorrBase *base, dou
  * position the model cannot reach.  Nothing is written on failure. */
 VEXO_API uint32_t vexo_corr_calc_base_angles(const CorrBase *base, double x, double y,
                                              double *angle_x, double *angle_y);
+
+/* Correct a table from a measured n x n grid of marks (n >= 2), positions
+ * in field units (mm) in a field of field_size centred on (0, 0), x and y
+ * read, y along the table rows.  Cell (i, j) is element i * n + j: row i
+ * along Y, column j along X, the table's own order (not that of
+ * vexo_corr_interpolate).  The nominal grid must be rectilinear and
+ * increasing: nominal x depends on j only and grows with j, nominal y on i
+ * only and grows with i (each within 1e-9 of the field size).  The marks
+ * were made through `base` (NULL: the neutral table): the output value base
+ * gives at nominal[k] landed at measured[k].  The new table sends every node
+ * q to the output base gives at p, where p + e(p) = q and e is the measured
+ * error (measured - nominal) interpolated bilinearly over the nominal grid,
+ * held at its edge value beyond it; p is found by fixed-point iteration.
+ * So a mark aimed at a measured position now lands where the nominal one
+ * was aimed, a perfect measurement (measured = nominal) returns base (the
+ * neutral table) bit for bit, and z follows the output (base's z at p).
+ * Values are not clamped to the output range.  table may be base.  flags
+ * stay as table had them.  VEXO_OK; VEXO_ERROR_INVALID_PARAMETER for NULL
+ * pointers, n < 2, field_size not finite or not above 0, a value not finite,
+ * a nominal grid that is not rectilinear and increasing;
+ * VEXO_ERROR_INVALID_DATA a folded measurement (measured x not growing
+ * along a row or y along a column); VEXO_ERROR_NUMERIC when the iteration
+ * does not settle (it contracts while the error changes by less than the
+ * nominal spacing, so measured spacings up to twice the nominal ones);
+ * VEXO_ERROR_NO_MEMORY.  On failure table is
+ * untouched. */
+VEXO_API uint32_t vexo_corr_from_grid(uint32_t n, const GeomPoint *measured,
+                                      const GeomPoint *nominal, double field_size,
+                                      const CorrTable *base, CorrTable *table);
 
 /* vexo_corr_apply option: output values back to field positions. */
 #define VEXO_CORR_APPLY_INVERSE 0x1u
@@ -1288,6 +1324,97 @@ typedef struct RecognitionReport {
  * nothing is done. */
 VEXO_API uint32_t vexo_prcg_start_recogniser2(Recogniser *rec, const ImageBlock *frame,
                                               uint32_t options, RecognitionReport *report);
+
+/* Dot finding: a photo of marked dots -> their centres, for field
+ * calibration.  The image is made grey as the calibrator does (no flip);
+ * with VEXO_PRCG_DOTS_DARK it is then inverted (255 - grey) and all that
+ * follows reads the inverted image.  A pixel is "ink" when its value is
+ * above the level; each outer contour of the ink is a candidate dot
+ * (holes inside a dot belong to it). */
+
+/* PrcgDotParams.threshold_kind */
+#define VEXO_PRCG_THRESHOLD_FIXED 0u /* the level is `threshold` */
+#define VEXO_PRCG_THRESHOLD_OTSU 1u  /* Otsu's level of the image; `threshold` unread */
+
+/* PrcgDotParams.options */
+#define VEXO_PRCG_DOTS_DARK 0x01u        /* dark dots on a light ground */
+#define VEXO_PRCG_DOTS_NO_BORDER 0x02u   /* drop dots whose contour touches the border */
+#define VEXO_PRCG_DOTS_UNDISTORT 0x04u   /* centres through the record's lens model */
+#define VEXO_PRCG_DOTS_PERSPECTIVE 0x08u /* centres through the record's perspective */
+
+/* Parameters of vexo_prcg_find_dots (48 bytes on 64-bit hosts). */
+typedef struct PrcgDotParams {
+    uint32_t threshold_kind; /* VEXO_PRCG_THRESHOLD_ value */
+    uint32_t threshold;      /* level 0..254 for VEXO_PRCG_THRESHOLD_FIXED */
+    double min_area;         /* smallest contour area kept, pixels, >= 0 */
+    double max_area;         /* largest contour area kept, pixels; 0: no limit */
+    double min_circularity;  /* 4 pi area / perimeter^2 of the contour, 0..1; 0: any */
+    uint32_t options;        /* VEXO_PRCG_DOTS_ bits */
+    uint32_t reserved;       /* must be 0 */
+    const CalibrationRecord *record; /* read with UNDISTORT or PERSPECTIVE only */
+} PrcgDotParams;
+
+/* Find the dots in `image` (GREY8 or RGB24, at most VEXO_VISION_MAX_PIXELS
+ * pixels).  Kept: contours whose area (polygon area through the boundary
+ * pixels' centres, so about pi (r - 0.5)^2 for a disc of radius r) lies in
+ * min_area..max_area and whose circularity reaches min_circularity; two
+ * dots that touch form one contour, which the circularity limit drops.
+ * The centre is the centroid of the ink weights (value - level, 0 below)
+ * inside the dot's own filled contour: sub-pixel, pixel (column, row) at
+ * (column, row), y down.  With VEXO_PRCG_DOTS_UNDISTORT the centres are
+ * then mapped into an ideal camera with the record's camera matrix and no
+ * distortion (k1, k2, p1, p2 removed); with VEXO_PRCG_DOTS_PERSPECTIVE
+ * (after undistortion when both are set) through the record's perspective
+ * (a record without one leaves them).  Returns count GeomPoints (x, y the
+ * centre, z the contour area in pixels, flags 0x01: each a dot), sorted by
+ * y then x; free with vexo_geom_release.  *status (may be NULL): VEXO_OK;
+ * VEXO_ERROR_NO_RESULT when no dot passes (NULL, count 0: an empty image);
+ * VEXO_ERROR_NO_MEMORY for an unusable image (NULL, kind or format wrong,
+ * above the pixel budget) or no memory; VEXO_ERROR_INVALID_PARAMETER for
+ * NULL params or count, an unknown kind or option bit, reserved not 0, a
+ * level above 254, limits negative, not finite or max_area below
+ * min_area, circularity outside 0..1, UNDISTORT or PERSPECTIVE without a
+ * record, UNDISTORT with a camera matrix or distortion not usable (fx, fy
+ * not above 0, a value not finite), PERSPECTIVE with a value not finite.  NULL on every failure, *count 0. */
+VEXO_API GeomPoint *vexo_prcg_find_dots(const ImageBlock *image, const PrcgDotParams *params,
+                                        uint32_t *count, uint32_t *status);
+
+/* vexo_prcg_scale_dots option: negate y after scaling (y up). */
+#define VEXO_PRCG_SCALE_FLIP_Y 0x01u
+
+/* Pixels to field units in place: x = (x - origin x) * scale_x, y = (y -
+ * origin y) * scale_y, then y negated with VEXO_PRCG_SCALE_FLIP_Y; z (an
+ * area) times |scale_x * scale_y|; flags kept.  origin: two doubles (x, y),
+ * or NULL for the dot nearest the mean of all dots (the first such dot on
+ * a tie).  VEXO_OK (also for count 0); VEXO_ERROR_INVALID_PARAMETER for
+ * NULL dots with count > 0, a scale 0 or not finite, an origin not finite,
+ * unknown option bits; nothing is changed then. */
+VEXO_API uint32_t vexo_prcg_scale_dots(GeomPoint *dots, uint32_t count, double scale_x,
+                                       double scale_y, const double *origin, uint32_t options);
+
+/* vexo_prcg_unrotate_dots options */
+#define VEXO_PRCG_ROTATION_GIVEN 0x01u /* *rotation is the grid's rotation */
+#define VEXO_PRCG_SORT_GRID 0x02u      /* sort into n x n grid order */
+
+/* Remove a grid's rotation in place: every dot turned by -rotation about
+ * (0, 0) (scale the dots first so that (0, 0) is the grid's middle).  The
+ * rotation, degrees from +x towards +y, is *rotation with
+ * VEXO_PRCG_ROTATION_GIVEN, else estimated from the directions between
+ * neighbouring dots (pairs closer than 1.2 times the median nearest-
+ * neighbour distance, so diagonals stay out) modulo 90 degrees, in -45..45, and written to
+ * *rotation.  With VEXO_PRCG_SORT_GRID the dots are then put in grid
+ * order: row i (growing y) by row, column j (growing x) within it, dot
+ * (i, j) at i * n + j, the order of vexo_corr_from_grid; rows are told
+ * apart by gaps in y wider than half the median spacing.  Statuses:
+ * VEXO_OK; VEXO_ERROR_NO_RESULT fewer than 2 dots to estimate from, or
+ * fewer than n * n dots to sort (a missing dot); VEXO_ERROR_INVALID_DATA
+ * more than n * n dots (an extra one) or n * n dots not in n rows of n;
+ * VEXO_ERROR_INVALID_PARAMETER NULL dots (count > 0) or rotation, a given
+ * rotation not finite, a coordinate not finite, n < 2 with
+ * VEXO_PRCG_SORT_GRID, unknown option bits; VEXO_ERROR_NO_MEMORY.  On
+ * failure neither the dots nor *rotation change. */
+VEXO_API uint32_t vexo_prcg_unrotate_dots(GeomPoint *dots, uint32_t count, uint32_t n,
+                                          double *rotation, uint32_t options);
 
 /* ===========================================================================
  * util: version, double blocks, runtime data, entity predicates

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // C boundary of table interpolation and the in-place adjustments.  None of
-// the work below can throw; the checks here are the whole of the argument
-// validation.
+// the work below can throw but the table from a grid's, which runs in a
+// guard; the checks here are the whole of the argument validation.
+#include "core/boundary.hpp"
 #include "corr/adjust.hpp"
+#include "corr/from_grid.hpp"
 #include "corr/interpolate.hpp"
 
 extern "C" {
@@ -11,6 +13,14 @@ VEXO_API uint32_t vexo_corr_interpolate(uint32_t n, const GeomPoint *measured,
                                         const GeomPoint *nominal, double range, CorrTable *table) {
     if (!table || !measured || !nominal) return VEXO_ERROR_INVALID_PARAMETER;
     return vexo::interpolate_grid(n, measured, nominal, range, *table);
+}
+
+VEXO_API uint32_t vexo_corr_from_grid(uint32_t n, const GeomPoint *measured,
+                                      const GeomPoint *nominal, double field_size,
+                                      const CorrTable *base, CorrTable *table) {
+    if (!table || !measured || !nominal) return VEXO_ERROR_INVALID_PARAMETER;
+    return vexo::guard_status(
+        [&] { return vexo::table_from_grid(n, measured, nominal, field_size, base, *table); });
 }
 
 VEXO_API uint32_t vexo_corr_set_scale(CorrTable *table, double scale) {

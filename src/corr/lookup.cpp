@@ -87,6 +87,12 @@ OutputValue table_output(const CorrTable &table, GridPoint p) noexcept {
     return evaluate(cell_at(table, p));
 }
 
+double table_focus(const CorrTable &table, GridPoint p) noexcept {
+    if (!std::isfinite(p.column) || !std::isfinite(p.row)) return kNan;
+    const Cell c = cell_at(table, p);
+    return blend(blend(c.c00->z, c.c01->z, c.f), blend(c.c10->z, c.c11->z, c.f), c.g);
+}
+
 bool table_position(const CorrTable &table, OutputValue target, GridPoint &found) noexcept {
     if (!std::isfinite(target.x) || !std::isfinite(target.y)) {
         found = {kNan, kNan};

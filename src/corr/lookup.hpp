@@ -22,6 +22,9 @@ struct OutputValue {
 // cell's bilinear form continues; a non-finite coordinate gives NaN.
 OutputValue table_output(const CorrTable &table, GridPoint p) noexcept;
 
+// The focus value z at grid position p, read the same way.
+double table_focus(const CorrTable &table, GridPoint p) noexcept;
+
 // The grid position whose output is `target`, by damped Newton iteration
 // from the neutral grid's answer.  false when it does not converge.
 bool table_position(const CorrTable &table, OutputValue target, GridPoint &found) noexcept;

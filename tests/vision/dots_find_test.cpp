@@ -1,0 +1,282 @@
+// SPDX-License-Identifier: MIT
+// Dot finding judged against photos rendered by the test's own rasteriser.
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "dot_render.hpp"
+#include "fixtures.hpp"
+#include "vexo.h"
+
+namespace {
+
+using vt::Disc;
+using vt::Frame;
+using vt::PointsPtr;
+
+PrcgDotParams otsu_params() {
+    PrcgDotParams p{};
+    p.threshold_kind = VEXO_PRCG_THRESHOLD_OTSU;
+    p.min_area = 20;
+    p.max_area = 2000;
+    p.min_circularity = 0.75;
+    return p;
+}
+
+struct Found {
+    PointsPtr points;
+    uint32_t count = 0;
+    uint32_t status = 0;
+};
+
+Found find(ImageBlock *image, const PrcgDotParams &p) {
+    Found f;
+    f.count = 12345;
+    f.points.reset(vexo_prcg_find_dots(image, &p, &f.count, &f.status));
+    return f;
+}
+
+// A 9 x 7 grid of radius-6 discs at sub-pixel places that differ per dot.
+std::vector<Disc> scattered_grid() {
+    std::vector<Disc> discs;
+    cv::RNG rng(3);
+    for (int i = 0; i < 7; ++i)
+        for (int j = 0; j < 9; ++j)
+            discs.push_back({30.0 + 40 * j + rng.uniform(-0.5, 0.5),
+                             30.0 + 40 * i + rng.uniform(-0.5, 0.5), 6.0});
+    return discs;
+}
+
+// RMS distance from each found dot to the nearest true centre.
+double centre_rms(const GeomPoint *found, uint32_t count, const std::vector<Disc> &truth) {
+    double sum = 0;
+    for (uint32_t k = 0; k < count; ++k) {
+        double best = 1e300;
+        for (const Disc &d : truth)
+            best = std::min(best, std::hypot(found[k].x - d.x, found[k].y - d.y));
+        sum += best * best;
+    }
+    return std::sqrt(sum / count);
+}
+
+TEST(DotsFind, FindsEveryRenderedDot) {
+    const auto discs = scattered_grid();
+    Frame f(vt::render(400, 320, discs));
+    const Found got = find(f.block(), otsu_params());
+    EXPECT_EQ(got.status, VEXO_OK);
+    EXPECT_EQ(got.count, discs.size());
+}
+
+TEST(DotsFind, CentroidsWithinFiveHundredthsOfAPixelRms) {
+    const auto discs = scattered_grid();
+    Frame f(vt::render(400, 320, discs));
+    const Found got = find(f.block(), otsu_params());
+    ASSERT_EQ(got.count, discs.size());
+    const double rms = centre_rms(got.points.get(), got.count, discs);
+    RecordProperty("centroid_rms_px", std::to_string(rms));
+    EXPECT_LE(rms, 0.05);
+}
+
+TEST(DotsFind, CentroidsHoldUnderStrongerNoise) {
+    const auto discs = scattered_grid();
+    vt::Look look;
+    look.noise = 6;
+    look.seed = 11;
+    Frame f(vt::render(400, 320, discs, look));
+    const Found got = find(f.block(), otsu_params());
+    ASSERT_EQ(got.count, discs.size());
+    EXPECT_LE(centre_rms(got.points.get(), got.count, discs), 0.05);
+}
+
+TEST(DotsFind, FixedLevelFindsTheSameCentresAsItsOwnOtsuLevel) {
+    const auto discs = scattered_grid();
+    Frame f(vt::render(400, 320, discs));
+    PrcgDotParams p = otsu_params();
+    p.threshold_kind = VEXO_PRCG_THRESHOLD_FIXED;
+    p.threshold = 130;
+    const Found got = find(f.block(), p);
+    ASSERT_EQ(got.count, discs.size());
+    EXPECT_LE(centre_rms(got.points.get(), got.count, discs), 0.05);
+}
+
+TEST(DotsFind, EachDotCarriesTheDotFlagAndItsArea) {
+    Frame f(vt::render(100, 100, {{50.3, 49.6, 10.0}}, vt::Look{40, 220, 0, 0}));
+    const Found got = find(f.block(), otsu_params());
+    ASSERT_EQ(got.count, 1u);
+    EXPECT_EQ(got.points.get()[0].flags, 0x01u);
+    // Contour through boundary pixel centres: about pi (r - 0.5)^2.
+    EXPECT_NEAR(got.points.get()[0].z, M_PI * 9.5 * 9.5, 0.05 * M_PI * 9.5 * 9.5);
+}
+
+TEST(DotsFind, DotsComeInGrowingY) {
+    Frame f(vt::render(200, 200, {{150, 50, 6}, {50, 150, 6}, {50, 52, 6}, {150, 148, 6}}));
+    const Found got = find(f.block(), otsu_params());
+    ASSERT_EQ(got.count, 4u);
+    std::vector<double> ys;
+    for (uint32_t k = 0; k < 4; ++k) ys.push_back(std::round(got.points.get()[k].y));
+    EXPECT_THAT(ys, testing::ElementsAre(50.0, 52.0, 148.0, 150.0));
+}
+
+TEST(DotsFind, DarkDotsOnLightGroundNeedTheDarkOption) {
+    const auto discs = scattered_grid();
+    Frame f(vt::render(400, 320, discs, vt::Look{215, 35}));
+    PrcgDotParams p = otsu_params();
+    p.options = VEXO_PRCG_DOTS_DARK;
+    const Found got = find(f.block(), p);
+    ASSERT_EQ(got.count, discs.size());
+    EXPECT_LE(centre_rms(got.points.get(), got.count, discs), 0.05);
+}
+
+TEST(DotsFind, DarkDotsWithoutTheDarkOptionGiveNoResult) {
+    // The light ground becomes one huge contour with holes: too large.
+    Frame f(vt::render(400, 320, scattered_grid(), vt::Look{215, 35}));
+    const Found got = find(f.block(), otsu_params());
+    EXPECT_EQ(got.status, VEXO_ERROR_NO_RESULT);
+    EXPECT_EQ(got.points, nullptr);
+}
+
+TEST(DotsFind, MergedDotsAreDroppedByTheCircularityLimit) {
+    Frame f(vt::render(200, 100, {{40, 50, 8}, {120, 50, 8}, {133, 50, 8}}));
+    const Found got = find(f.block(), otsu_params());
+    ASSERT_EQ(got.count, 1u);
+    EXPECT_NEAR(got.points.get()[0].x, 40, 0.05);
+}
+
+TEST(DotsFind, MergedDotsPassWithoutShapeLimitsAsOneDot) {
+    Frame f(vt::render(200, 100, {{40, 50, 8}, {120, 50, 8}, {133, 50, 8}}));
+    PrcgDotParams p = otsu_params();
+    p.min_circularity = 0;
+    p.max_area = 0;
+    const Found got = find(f.block(), p);
+    ASSERT_EQ(got.count, 2u);
+    EXPECT_NEAR(got.points.get()[1].x, 126.5, 0.05);
+}
+
+TEST(DotsFind, EmptyImageGivesNoResultAndCountZero) {
+    Frame f(cv::Mat(120, 160, CV_8UC1, cv::Scalar(90)));
+    const Found got = find(f.block(), otsu_params());
+    EXPECT_EQ(got.status, VEXO_ERROR_NO_RESULT);
+    EXPECT_EQ(got.count, 0u);
+    EXPECT_EQ(got.points, nullptr);
+}
+
+TEST(DotsFind, RgbImageGivesTheSameDotsAsItsGreyTwin) {
+    const cv::Mat grey = vt::render(400, 320, scattered_grid());
+    Frame g(grey), c(grey, IMAGE_FORMAT_RGB24);
+    const Found a = find(g.block(), otsu_params());
+    const Found b = find(c.block(), otsu_params());
+    ASSERT_EQ(b.count, a.count);
+    EXPECT_EQ(std::memcmp(a.points.get(), b.points.get(), a.count * sizeof(GeomPoint)), 0);
+}
+
+TEST(DotsFind, RgbImageIsGreyedWithTheCalibratorsSignedSum) {
+    // Channels (100, 100, 130) grey to 24, not 110: a light dot of those
+    // channels on a 60 ground is darker than the ground and not found.
+    cv::Mat img(100, 100, CV_8UC3, cv::Scalar(60, 60, 60));
+    for (int r = 40; r < 60; ++r)
+        for (int c = 40; c < 60; ++c)
+            if ((r - 49.5) * (r - 49.5) + (c - 49.5) * (c - 49.5) < 64)
+                img.at<cv::Vec3b>(r, c) = cv::Vec3b(100, 100, 130);
+    Frame f(cv::Mat(100, 100, CV_8UC1, cv::Scalar(0)), IMAGE_FORMAT_RGB24);
+    std::memcpy(f.pixels(), img.data, img.total() * 3);
+    PrcgDotParams p = otsu_params();
+    p.threshold_kind = VEXO_PRCG_THRESHOLD_FIXED;
+    p.threshold = 80;
+    EXPECT_EQ(find(f.block(), p).status, VEXO_ERROR_NO_RESULT);
+}
+
+TEST(DotsFind, DotTouchingTheBorderIsKeptByDefault) {
+    Frame f(vt::render(100, 100, {{3, 50, 8}, {50, 50, 8}}));
+    PrcgDotParams p = otsu_params();
+    p.min_circularity = 0.3;
+    EXPECT_EQ(find(f.block(), p).count, 2u);
+}
+
+TEST(DotsFind, DotTouchingTheBorderIsDroppedOnRequest) {
+    Frame f(vt::render(100, 100, {{3, 50, 8}, {50, 50, 8}}));
+    PrcgDotParams p = otsu_params();
+    p.min_circularity = 0.3;
+    p.options = VEXO_PRCG_DOTS_NO_BORDER;
+    const Found got = find(f.block(), p);
+    ASSERT_EQ(got.count, 1u);
+    EXPECT_NEAR(got.points.get()[0].x, 50, 0.05);
+}
+
+TEST(DotsFind, AreaLimitsAreInclusiveBounds) {
+    Frame f(vt::render(100, 100, {{50, 50, 10}}, vt::Look{40, 220, 0, 0}));
+    PrcgDotParams p = otsu_params();
+    const Found one = find(f.block(), p);
+    ASSERT_EQ(one.count, 1u);
+    const double area = one.points.get()[0].z;
+    p.min_area = area;
+    p.max_area = area;
+    EXPECT_EQ(find(f.block(), p).count, 1u);
+    p.min_area = std::nextafter(area, 1e9);
+    p.max_area = 0;
+    EXPECT_EQ(find(f.block(), p).status, VEXO_ERROR_NO_RESULT);
+}
+
+TEST(DotsFind, FrameAboveThePixelBudgetIsRefused) {
+    Frame f(cv::Mat(4, 4, CV_8UC1, cv::Scalar(0)));
+    f.set_size(4096, 2049); // one row beyond 2^23 pixels; nothing is read
+    const Found got = find(f.block(), otsu_params());
+    EXPECT_EQ(got.status, VEXO_ERROR_NO_MEMORY);
+    EXPECT_EQ(got.count, 0u);
+}
+
+TEST(DotsFind, NullImageIsNoMemory) {
+    const Found got = find(nullptr, otsu_params());
+    EXPECT_EQ(got.status, VEXO_ERROR_NO_MEMORY);
+}
+
+TEST(DotsFind, NullParamsOrCountAreInvalid) {
+    Frame f(vt::render(100, 100, {{50, 50, 8}}));
+    uint32_t status = 0, count = 7;
+    EXPECT_EQ(vexo_prcg_find_dots(f.block(), nullptr, &count, &status), nullptr);
+    EXPECT_EQ(status, VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(count, 0u);
+    const PrcgDotParams p = otsu_params();
+    EXPECT_EQ(vexo_prcg_find_dots(f.block(), &p, nullptr, &status), nullptr);
+    EXPECT_EQ(status, VEXO_ERROR_INVALID_PARAMETER);
+}
+
+struct BadParams {
+    const char *name;
+    void (*spoil)(PrcgDotParams &);
+};
+
+class DotsFindBadParams : public testing::TestWithParam<BadParams> {};
+
+TEST_P(DotsFindBadParams, AreRefused) {
+    Frame f(vt::render(100, 100, {{50, 50, 8}}));
+    PrcgDotParams p = otsu_params();
+    GetParam().spoil(p);
+    const Found got = find(f.block(), p);
+    EXPECT_EQ(got.status, VEXO_ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(got.count, 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, DotsFindBadParams,
+    testing::Values(BadParams{"kind", [](PrcgDotParams &p) { p.threshold_kind = 2; }},
+                    BadParams{"level255",
+                              [](PrcgDotParams &p) {
+                                  p.threshold_kind = VEXO_PRCG_THRESHOLD_FIXED;
+                                  p.threshold = 255;
+                              }},
+                    BadParams{"option", [](PrcgDotParams &p) { p.options = 0x10; }},
+                    BadParams{"reserved", [](PrcgDotParams &p) { p.reserved = 1; }},
+                    BadParams{"negative_area", [](PrcgDotParams &p) { p.min_area = -1; }},
+                    BadParams{"max_below_min", [](PrcgDotParams &p) { p.max_area = 10; }},
+                    BadParams{"nan_area", [](PrcgDotParams &p) { p.max_area = NAN; }},
+                    BadParams{"circularity", [](PrcgDotParams &p) { p.min_circularity = 1.5; }},
+                    BadParams{"undistort_no_record",
+                              [](PrcgDotParams &p) { p.options = VEXO_PRCG_DOTS_UNDISTORT; }},
+                    BadParams{"perspective_no_record",
+                              [](PrcgDotParams &p) { p.options = VEXO_PRCG_DOTS_PERSPECTIVE; }}),
+    [](const testing::TestParamInfo<BadParams> &i) { return std::string(i.param.name); });
+
+} // namespace
