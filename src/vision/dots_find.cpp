@@ -51,17 +51,36 @@ bool usable_limits(const PrcgDotParams &p) {
            p.min_circularity <= 1;
 }
 
-// The ink image (dots bright) and its level.
-double threshold_ink(const cv::Mat &grey, const PrcgDotParams &params, cv::Mat &ink,
-                     cv::Mat &binary) {
-    if (params.options & VEXO_PRCG_DOTS_DARK)
-        cv::bitwise_not(grey, ink);
-    else
-        ink = grey;
-    if (params.threshold_kind == VEXO_PRCG_THRESHOLD_OTSU)
-        return cv::threshold(ink, binary, 0, 255, cv::THRESH_BINARY | cv::THRESH_OTSU);
-    cv::threshold(ink, binary, params.threshold, 255, cv::THRESH_BINARY);
-    return params.threshold;
+// The grey image read as ink (dots bright, the inverse for dark dots)
+// without making an inverted copy of the frame: the threshold and the
+// weights below flip the grey values themselves.
+struct Ink {
+    const cv::Mat &grey;
+    bool dark;
+    double level; // on the ink scale: a dot pixel's ink is above it
+
+    // Weights max(0, ink - level) of the pixels in `box` under `mask`.
+    void weights(const cv::Rect &box, const cv::Mat &mask, cv::Mat &out) const {
+        if (dark) // ink - level = (255 - level) - grey
+            cv::subtract(cv::Scalar(255 - level), grey(box), out, mask);
+        else
+            cv::subtract(grey(box), cv::Scalar(level), out, mask);
+    }
+};
+
+// The binary image of dot pixels and the ink level.  For dark dots, ink >
+// L is grey <= 254 - L, and Otsu's split of the grey image at t gives the
+// ink level 254 - t.
+double threshold_ink(const cv::Mat &grey, const PrcgDotParams &params, cv::Mat &binary) {
+    const bool dark = params.options & VEXO_PRCG_DOTS_DARK;
+    const int kind = dark ? cv::THRESH_BINARY_INV : cv::THRESH_BINARY;
+    if (params.threshold_kind == VEXO_PRCG_THRESHOLD_OTSU) {
+        const double t = cv::threshold(grey, binary, 0, 255, kind | cv::THRESH_OTSU);
+        return dark ? 254 - t : t;
+    }
+    const double level = params.threshold;
+    cv::threshold(grey, binary, dark ? 254 - level : level, 255, kind);
+    return level;
 }
 
 bool touches_border(const cv::Rect &box, const cv::Size &size) {
@@ -82,8 +101,8 @@ bool passes_shape(const std::vector<cv::Point> &contour, double area, const Prcg
 // Centroid of (ink - level) inside the contour, drawn filled into a mask
 // the size of its bounding box: a full-frame mask per dot would cost a
 // frame's worth of memory traffic for every dot.
-bool weighted_centre(const cv::Mat &ink, double level, const std::vector<cv::Point> &contour,
-                     const cv::Rect &box, FoundDot &dot) {
+bool weighted_centre(const Ink &ink, const std::vector<cv::Point> &contour, const cv::Rect &box,
+                     FoundDot &dot) {
     cv::Mat mask = cv::Mat::zeros(box.size(), CV_8UC1);
     const std::vector<std::vector<cv::Point>> one{contour};
     cv::drawContours(mask, one, 0, cv::Scalar(255), cv::FILLED, cv::LINE_8, cv::noArray(), INT_MAX,
@@ -91,7 +110,7 @@ bool weighted_centre(const cv::Mat &ink, double level, const std::vector<cv::Poi
     // Saturating subtraction: pixels at or below the level weigh nothing,
     // so the rim's exact outline adds no noise to the centre.
     cv::Mat weight = cv::Mat::zeros(box.size(), CV_8UC1);
-    cv::subtract(ink(box), cv::Scalar(level), weight, mask);
+    ink.weights(box, mask, weight);
     const cv::Moments m = cv::moments(weight, false);
     if (!(m.m00 > 0)) return false;
     dot.x = box.x + m.m10 / m.m00;
@@ -119,10 +138,11 @@ uint32_t check_dot_params(const PrcgDotParams &p) noexcept {
 }
 
 std::vector<FoundDot> find_dots_in_grey(const cv::Mat &grey, const PrcgDotParams &params) {
-    cv::Mat ink, binary;
-    const double level = threshold_ink(grey, params, ink, binary);
+    cv::Mat binary;
+    const Ink ink{grey, bool(params.options & VEXO_PRCG_DOTS_DARK),
+                  threshold_ink(grey, params, binary)};
     std::vector<std::vector<cv::Point>> contours;
-    cv::findContours(binary, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_NONE);
+    cv::findContours(binary, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_SIMPLE);
     std::vector<FoundDot> dots;
     const bool no_border = params.options & VEXO_PRCG_DOTS_NO_BORDER;
     for (const auto &contour : contours) {
@@ -131,7 +151,7 @@ std::vector<FoundDot> find_dots_in_grey(const cv::Mat &grey, const PrcgDotParams
         const double area = cv::contourArea(contour);
         if (!passes_shape(contour, area, params)) continue;
         FoundDot dot{0, 0, area};
-        if (weighted_centre(ink, level, contour, box, dot)) dots.push_back(dot);
+        if (weighted_centre(ink, contour, box, dot)) dots.push_back(dot);
     }
     std::sort(dots.begin(), dots.end(), [](const FoundDot &a, const FoundDot &b) {
         return a.y != b.y ? a.y < b.y : a.x < b.x;
@@ -168,9 +188,15 @@ uint32_t find_dots(const ImageBlock *image, const PrcgDotParams &params,
                    std::vector<FoundDot> &dots) {
     const uint32_t checked = check_dot_params(params);
     if (checked != VEXO_OK) return checked;
-    if (exceeds_vision_budget(image)) return VEXO_ERROR_NO_MEMORY;
+    ImageGeometry g;
+    if (!image_geometry(image, &g) || exceeds_vision_budget(image)) return VEXO_ERROR_NO_MEMORY;
+    // A grey block is read in place (nothing here writes to it); a colour
+    // one is converted as the calibrator converts it.
     cv::Mat grey;
-    if (!image_block_to_grey(image, grey)) return VEXO_ERROR_NO_MEMORY;
+    if (g.bytes_per_pixel == 1)
+        grey = cv::Mat(g.height, g.width, CV_8UC1, const_cast<uint8_t *>(image_pixels(image)));
+    else if (!image_block_to_grey(image, grey))
+        return VEXO_ERROR_NO_MEMORY;
     dots = find_dots_in_grey(grey, params);
     map_dot_centres(dots, params);
     return dots.empty() ? VEXO_ERROR_NO_RESULT : VEXO_OK;
