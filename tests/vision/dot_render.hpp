@@ -71,4 +71,16 @@ inline cv::Mat render(int width, int height, const std::vector<Disc> &discs,
 
 using PointsPtr = vexo_test::Points;
 
+// Otsu's level, areas 20..2000 pixels, circularity from 0.75: what the
+// rendered dots of these tests (radius 3.6 to 10 pixels) pass and two
+// merged ones do not.
+inline PrcgDotParams dot_params() {
+    PrcgDotParams p{};
+    p.threshold_kind = VEXO_PRCG_THRESHOLD_OTSU;
+    p.min_area = 20;
+    p.max_area = 2000;
+    p.min_circularity = 0.75;
+    return p;
+}
+
 } // namespace vt

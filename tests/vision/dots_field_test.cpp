@@ -67,15 +67,6 @@ struct Photo {
     }
 };
 
-PrcgDotParams params() {
-    PrcgDotParams p{};
-    p.threshold_kind = VEXO_PRCG_THRESHOLD_OTSU;
-    p.min_area = 20;
-    p.max_area = 2000;
-    p.min_circularity = 0.75;
-    return p;
-}
-
 // Found dots, in mm about the middle dot, y up, unrotated and sorted.
 struct Measured {
     PointsPtr dots;
@@ -83,7 +74,7 @@ struct Measured {
     double rotation = 0;
     explicit Measured(Photo &photo) {
         Frame f(photo.grey);
-        const PrcgDotParams p = params();
+        const PrcgDotParams p = vt::dot_params();
         dots.reset(vexo_prcg_find_dots(f.block(), &p, &count, &find_status));
         if (!dots) return;
         vexo_prcg_scale_dots(dots.get(), count, 1 / photo.camera.px_per_mm,
@@ -103,7 +94,7 @@ TEST(DotsField, FindsEveryMark) {
 TEST(DotsField, CentroidsWithinFiveHundredthsOfAPixelRms) {
     Photo photo;
     Frame f(photo.grey);
-    const PrcgDotParams p = params();
+    const PrcgDotParams p = vt::dot_params();
     uint32_t count = 0, status = 0;
     const PointsPtr dots(vexo_prcg_find_dots(f.block(), &p, &count, &status));
     ASSERT_EQ(count, photo.discs.size());
@@ -214,7 +205,7 @@ TEST(DotsField, UndistortedCentresLandOnTheIdealCameraGrid) {
         }
     Frame f(vt::render(660, 500, discs));
     const CalibrationRecord record = lens_record(k, none);
-    PrcgDotParams p = params();
+    PrcgDotParams p = vt::dot_params();
     p.options = VEXO_PRCG_DOTS_UNDISTORT;
     p.record = &record;
     uint32_t count = 0, status = 0;
@@ -235,7 +226,7 @@ TEST(DotsField, PerspectiveMovesCentresByTheRecordsMatrix) {
     const double shift[9] = {1, 0, 5.25, 0, 1, -3.5, 0, 0, 1};
     Frame f(vt::render(200, 200, {{80.3, 90.7, 7}}));
     const CalibrationRecord record = lens_record(k, shift);
-    PrcgDotParams p = params();
+    PrcgDotParams p = vt::dot_params();
     uint32_t count = 0, status = 0;
     const PointsPtr plain(vexo_prcg_find_dots(f.block(), &p, &count, &status));
     p.options = VEXO_PRCG_DOTS_PERSPECTIVE;
@@ -252,7 +243,7 @@ TEST(DotsField, UndistortWithUnusableCameraIsRefused) {
     Frame f(vt::render(200, 200, {{80, 90, 7}}));
     CalibrationRecord record = lens_record(k, none);
     vexo_util_dbl_to_block(0.0, record.camera[0]); // fx = 0
-    PrcgDotParams p = params();
+    PrcgDotParams p = vt::dot_params();
     p.options = VEXO_PRCG_DOTS_UNDISTORT;
     p.record = &record;
     uint32_t count = 0, status = 0;

@@ -17,15 +17,6 @@ using vt::Disc;
 using vt::Frame;
 using vt::PointsPtr;
 
-PrcgDotParams otsu_params() {
-    PrcgDotParams p{};
-    p.threshold_kind = VEXO_PRCG_THRESHOLD_OTSU;
-    p.min_area = 20;
-    p.max_area = 2000;
-    p.min_circularity = 0.75;
-    return p;
-}
-
 struct Found {
     PointsPtr points;
     uint32_t count = 0;
@@ -65,7 +56,7 @@ double centre_rms(const GeomPoint *found, uint32_t count, const std::vector<Disc
 TEST(DotsFind, FindsEveryRenderedDot) {
     const auto discs = scattered_grid();
     Frame f(vt::render(400, 320, discs));
-    const Found got = find(f.block(), otsu_params());
+    const Found got = find(f.block(), vt::dot_params());
     EXPECT_EQ(got.status, VEXO_OK);
     EXPECT_EQ(got.count, discs.size());
 }
@@ -73,7 +64,7 @@ TEST(DotsFind, FindsEveryRenderedDot) {
 TEST(DotsFind, CentroidsWithinFiveHundredthsOfAPixelRms) {
     const auto discs = scattered_grid();
     Frame f(vt::render(400, 320, discs));
-    const Found got = find(f.block(), otsu_params());
+    const Found got = find(f.block(), vt::dot_params());
     ASSERT_EQ(got.count, discs.size());
     const double rms = centre_rms(got.points.get(), got.count, discs);
     RecordProperty("centroid_rms_px", std::to_string(rms));
@@ -86,7 +77,7 @@ TEST(DotsFind, CentroidsHoldUnderStrongerNoise) {
     look.noise = 6;
     look.seed = 11;
     Frame f(vt::render(400, 320, discs, look));
-    const Found got = find(f.block(), otsu_params());
+    const Found got = find(f.block(), vt::dot_params());
     ASSERT_EQ(got.count, discs.size());
     EXPECT_LE(centre_rms(got.points.get(), got.count, discs), 0.05);
 }
@@ -94,7 +85,7 @@ TEST(DotsFind, CentroidsHoldUnderStrongerNoise) {
 TEST(DotsFind, FixedLevelFindsTheSameCentresAsItsOwnOtsuLevel) {
     const auto discs = scattered_grid();
     Frame f(vt::render(400, 320, discs));
-    PrcgDotParams p = otsu_params();
+    PrcgDotParams p = vt::dot_params();
     p.threshold_kind = VEXO_PRCG_THRESHOLD_FIXED;
     p.threshold = 130;
     const Found got = find(f.block(), p);
@@ -104,7 +95,7 @@ TEST(DotsFind, FixedLevelFindsTheSameCentresAsItsOwnOtsuLevel) {
 
 TEST(DotsFind, EachDotCarriesTheDotFlagAndItsArea) {
     Frame f(vt::render(100, 100, {{50.3, 49.6, 10.0}}, vt::Look{40, 220, 0, 0}));
-    const Found got = find(f.block(), otsu_params());
+    const Found got = find(f.block(), vt::dot_params());
     ASSERT_EQ(got.count, 1u);
     EXPECT_EQ(got.points.get()[0].flags, 0x01u);
     // Contour through boundary pixel centres: about pi (r - 0.5)^2.
@@ -113,7 +104,7 @@ TEST(DotsFind, EachDotCarriesTheDotFlagAndItsArea) {
 
 TEST(DotsFind, DotsComeInGrowingY) {
     Frame f(vt::render(200, 200, {{150, 50, 6}, {50, 150, 6}, {50, 52, 6}, {150, 148, 6}}));
-    const Found got = find(f.block(), otsu_params());
+    const Found got = find(f.block(), vt::dot_params());
     ASSERT_EQ(got.count, 4u);
     std::vector<double> ys;
     for (uint32_t k = 0; k < 4; ++k) ys.push_back(std::round(got.points.get()[k].y));
@@ -123,7 +114,7 @@ TEST(DotsFind, DotsComeInGrowingY) {
 TEST(DotsFind, DarkDotsOnLightGroundNeedTheDarkOption) {
     const auto discs = scattered_grid();
     Frame f(vt::render(400, 320, discs, vt::Look{215, 35}));
-    PrcgDotParams p = otsu_params();
+    PrcgDotParams p = vt::dot_params();
     p.options = VEXO_PRCG_DOTS_DARK;
     const Found got = find(f.block(), p);
     ASSERT_EQ(got.count, discs.size());
@@ -133,21 +124,21 @@ TEST(DotsFind, DarkDotsOnLightGroundNeedTheDarkOption) {
 TEST(DotsFind, DarkDotsWithoutTheDarkOptionGiveNoResult) {
     // The light ground becomes one huge contour with holes: too large.
     Frame f(vt::render(400, 320, scattered_grid(), vt::Look{215, 35}));
-    const Found got = find(f.block(), otsu_params());
+    const Found got = find(f.block(), vt::dot_params());
     EXPECT_EQ(got.status, VEXO_ERROR_NO_RESULT);
     EXPECT_EQ(got.points, nullptr);
 }
 
 TEST(DotsFind, MergedDotsAreDroppedByTheCircularityLimit) {
     Frame f(vt::render(200, 100, {{40, 50, 8}, {120, 50, 8}, {133, 50, 8}}));
-    const Found got = find(f.block(), otsu_params());
+    const Found got = find(f.block(), vt::dot_params());
     ASSERT_EQ(got.count, 1u);
     EXPECT_NEAR(got.points.get()[0].x, 40, 0.05);
 }
 
 TEST(DotsFind, MergedDotsPassWithoutShapeLimitsAsOneDot) {
     Frame f(vt::render(200, 100, {{40, 50, 8}, {120, 50, 8}, {133, 50, 8}}));
-    PrcgDotParams p = otsu_params();
+    PrcgDotParams p = vt::dot_params();
     p.min_circularity = 0;
     p.max_area = 0;
     const Found got = find(f.block(), p);
@@ -157,7 +148,7 @@ TEST(DotsFind, MergedDotsPassWithoutShapeLimitsAsOneDot) {
 
 TEST(DotsFind, EmptyImageGivesNoResultAndCountZero) {
     Frame f(cv::Mat(120, 160, CV_8UC1, cv::Scalar(90)));
-    const Found got = find(f.block(), otsu_params());
+    const Found got = find(f.block(), vt::dot_params());
     EXPECT_EQ(got.status, VEXO_ERROR_NO_RESULT);
     EXPECT_EQ(got.count, 0u);
     EXPECT_EQ(got.points, nullptr);
@@ -166,8 +157,8 @@ TEST(DotsFind, EmptyImageGivesNoResultAndCountZero) {
 TEST(DotsFind, RgbImageGivesTheSameDotsAsItsGreyTwin) {
     const cv::Mat grey = vt::render(400, 320, scattered_grid());
     Frame g(grey), c(grey, IMAGE_FORMAT_RGB24);
-    const Found a = find(g.block(), otsu_params());
-    const Found b = find(c.block(), otsu_params());
+    const Found a = find(g.block(), vt::dot_params());
+    const Found b = find(c.block(), vt::dot_params());
     ASSERT_EQ(b.count, a.count);
     EXPECT_EQ(std::memcmp(a.points.get(), b.points.get(), a.count * sizeof(GeomPoint)), 0);
 }
@@ -182,7 +173,7 @@ TEST(DotsFind, RgbImageIsGreyedWithTheCalibratorsSignedSum) {
                 img.at<cv::Vec3b>(r, c) = cv::Vec3b(100, 100, 130);
     Frame f(cv::Mat(100, 100, CV_8UC1, cv::Scalar(0)), IMAGE_FORMAT_RGB24);
     std::memcpy(f.pixels(), img.data, img.total() * 3);
-    PrcgDotParams p = otsu_params();
+    PrcgDotParams p = vt::dot_params();
     p.threshold_kind = VEXO_PRCG_THRESHOLD_FIXED;
     p.threshold = 80;
     EXPECT_EQ(find(f.block(), p).status, VEXO_ERROR_NO_RESULT);
@@ -190,14 +181,14 @@ TEST(DotsFind, RgbImageIsGreyedWithTheCalibratorsSignedSum) {
 
 TEST(DotsFind, DotTouchingTheBorderIsKeptByDefault) {
     Frame f(vt::render(100, 100, {{3, 50, 8}, {50, 50, 8}}));
-    PrcgDotParams p = otsu_params();
+    PrcgDotParams p = vt::dot_params();
     p.min_circularity = 0.3;
     EXPECT_EQ(find(f.block(), p).count, 2u);
 }
 
 TEST(DotsFind, DotTouchingTheBorderIsDroppedOnRequest) {
     Frame f(vt::render(100, 100, {{3, 50, 8}, {50, 50, 8}}));
-    PrcgDotParams p = otsu_params();
+    PrcgDotParams p = vt::dot_params();
     p.min_circularity = 0.3;
     p.options = VEXO_PRCG_DOTS_NO_BORDER;
     const Found got = find(f.block(), p);
@@ -207,7 +198,7 @@ TEST(DotsFind, DotTouchingTheBorderIsDroppedOnRequest) {
 
 TEST(DotsFind, AreaLimitsAreInclusiveBounds) {
     Frame f(vt::render(100, 100, {{50, 50, 10}}, vt::Look{40, 220, 0, 0}));
-    PrcgDotParams p = otsu_params();
+    PrcgDotParams p = vt::dot_params();
     const Found one = find(f.block(), p);
     ASSERT_EQ(one.count, 1u);
     const double area = one.points.get()[0].z;
@@ -222,13 +213,13 @@ TEST(DotsFind, AreaLimitsAreInclusiveBounds) {
 TEST(DotsFind, FrameAboveThePixelBudgetIsRefused) {
     Frame f(cv::Mat(4, 4, CV_8UC1, cv::Scalar(0)));
     f.set_size(4096, 2049); // one row beyond 2^23 pixels; nothing is read
-    const Found got = find(f.block(), otsu_params());
+    const Found got = find(f.block(), vt::dot_params());
     EXPECT_EQ(got.status, VEXO_ERROR_NO_MEMORY);
     EXPECT_EQ(got.count, 0u);
 }
 
 TEST(DotsFind, NullImageIsNoMemory) {
-    const Found got = find(nullptr, otsu_params());
+    const Found got = find(nullptr, vt::dot_params());
     EXPECT_EQ(got.status, VEXO_ERROR_NO_MEMORY);
 }
 
@@ -238,7 +229,7 @@ TEST(DotsFind, NullParamsOrCountAreInvalid) {
     EXPECT_EQ(vexo_prcg_find_dots(f.block(), nullptr, &count, &status), nullptr);
     EXPECT_EQ(status, VEXO_ERROR_INVALID_PARAMETER);
     EXPECT_EQ(count, 0u);
-    const PrcgDotParams p = otsu_params();
+    const PrcgDotParams p = vt::dot_params();
     EXPECT_EQ(vexo_prcg_find_dots(f.block(), &p, nullptr, &status), nullptr);
     EXPECT_EQ(status, VEXO_ERROR_INVALID_PARAMETER);
 }
@@ -252,7 +243,7 @@ class DotsFindBadParams : public testing::TestWithParam<BadParams> {};
 
 TEST_P(DotsFindBadParams, AreRefused) {
     Frame f(vt::render(100, 100, {{50, 50, 8}}));
-    PrcgDotParams p = otsu_params();
+    PrcgDotParams p = vt::dot_params();
     GetParam().spoil(p);
     const Found got = find(f.block(), p);
     EXPECT_EQ(got.status, VEXO_ERROR_INVALID_PARAMETER);
