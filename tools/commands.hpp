@@ -7,10 +7,12 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "cli.hpp"
+#include "vexo.h"
 
 namespace tool {
 
@@ -19,6 +21,11 @@ void add_geom_group(CLI::App &root);
 #ifdef VEXO_TOOL_VISION
 void add_calib_group(CLI::App &root);
 void add_pattern_group(CLI::App &root);
+// A picture file as an RGB24 ImageBlock's bytes (header and pixels), read
+// and size-checked as the calib and pattern commands read pictures.
+std::vector<uint8_t> read_picture_block(const std::string &path);
+// A checked 216-byte calibration record file.
+CalibrationRecord read_calibration_record(const std::string &path);
 #endif
 
 // A group: a subcommand that needs one of its own subcommands.
@@ -37,5 +44,7 @@ void print_json(const std::string &text);
 void add_corr_plot(CLI::App *group);
 // corr base and corr lookup, the head geometry's commands, too.
 void add_corr_base_commands(CLI::App *group);
+// corr from-grid, from-photo and grid: field calibration from marked dots.
+void add_corr_grid_commands(CLI::App *group);
 
 } // namespace tool

@@ -397,6 +397,7 @@ void add_corr_group(CLI::App &root) {
     add_diff(group);
     add_corr_plot(group);
     add_corr_base_commands(group);
+    add_corr_grid_commands(group);
     add_neutral(group);
     add_sample(group);
     add_formats(group);

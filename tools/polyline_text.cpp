@@ -48,10 +48,10 @@ double parse_number(const char *token, size_t length, const std::string &name, s
 
 } // namespace
 
-TextLine parse_text_line(const char *text, size_t length, const std::string &name,
-                         size_t line_number, GeomPoint *point) {
+size_t parse_line_numbers(const char *text, size_t length, const std::string &name,
+                          size_t line_number, double *numbers, size_t capacity,
+                          const char *too_many, bool *blank) {
     if (length > 0 && text[length - 1] == '\r') --length;
-    double numbers[3] = {0, 0, 0};
     size_t found = 0;
     size_t i = 0;
     while (true) {
@@ -59,13 +59,21 @@ TextLine parse_text_line(const char *text, size_t length, const std::string &nam
         if (i == length || text[i] == '#') break;
         const size_t start = i;
         while (i < length && !is_space(text[i]) && text[i] != '#') ++i;
-        if (found == 3) bad_line(name, line_number, "more than 3 numbers (a point is x y [z])");
+        if (found == capacity) bad_line(name, line_number, too_many);
         numbers[found++] = parse_number(text + start, i - start, name, line_number);
     }
-    if (found == 0) {
-        // Only white space before the end: blank; anything else was a '#'.
-        return i == length ? TextLine::Blank : TextLine::Comment;
-    }
+    // Only white space before the end: blank; anything else was a '#'.
+    if (blank) *blank = found == 0 && i == length;
+    return found;
+}
+
+TextLine parse_text_line(const char *text, size_t length, const std::string &name,
+                         size_t line_number, GeomPoint *point) {
+    double numbers[3] = {0, 0, 0};
+    bool blank = false;
+    const size_t found = parse_line_numbers(text, length, name, line_number, numbers, 3,
+                                            "more than 3 numbers (a point is x y [z])", &blank);
+    if (found == 0) return blank ? TextLine::Blank : TextLine::Comment;
     if (found == 1) bad_line(name, line_number, "1 number, a point needs 2 or 3 (x y [z])");
     std::memset(point, 0, sizeof *point);
     point->x = numbers[0];

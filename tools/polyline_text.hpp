@@ -41,6 +41,16 @@ enum class TextLine { Blank, Comment, Point };
 TextLine parse_text_line(const char *text, size_t length, const std::string &name,
                          size_t line_number, GeomPoint *point);
 
+// The numbers of one line (a trailing '\r' ignored, '#' starts a comment),
+// at most `capacity` of them, into numbers; returns how many.  More than
+// capacity throws cli::Failure "NAME: line N: " + too_many; a token that is
+// not a finite number throws as parse_text_line does.  *blank (may be NULL)
+// says, when none is found, whether the line was blank rather than a
+// comment.
+size_t parse_line_numbers(const char *text, size_t length, const std::string &name,
+                          size_t line_number, double *numbers, size_t capacity,
+                          const char *too_many, bool *blank);
+
 // Calls visit(text, length, line_number) for each line of data (numbered
 // from 1, without its '\n'); a final line break ends the last line.
 void each_line(const uint8_t *data, size_t size,

@@ -533,6 +533,14 @@ void quiet_opencv() {
 
 } // namespace
 
+std::vector<uint8_t> read_picture_block(const std::string &path) {
+    return read_picture(path).bytes;
+}
+
+CalibrationRecord read_calibration_record(const std::string &path) {
+    return read_record(path);
+}
+
 void add_calib_group(CLI::App &root) {
     quiet_opencv();
     CLI::App *group = add_group(root, "calib", "camera calibration");
