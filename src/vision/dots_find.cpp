@@ -57,28 +57,26 @@ bool usable_limits(const PrcgDotParams &p) {
 struct Ink {
     const cv::Mat &grey;
     bool dark;
-    double level; // on the ink scale: a dot pixel's ink is above it
+    int level; // on the ink scale: a dot pixel's ink is above it
 
-    // Weights max(0, ink - level) of the pixels in `box` under `mask`.
-    void weights(const cv::Rect &box, const cv::Mat &mask, cv::Mat &out) const {
-        if (dark) // ink - level = (255 - level) - grey
-            cv::subtract(cv::Scalar(255 - level), grey(box), out, mask);
-        else
-            cv::subtract(grey(box), cv::Scalar(level), out, mask);
+    // max(0, ink - level) of grey value g.
+    int weight(int g) const {
+        const int ink = dark ? 255 - g : g;
+        return ink > level ? ink - level : 0;
     }
 };
 
 // The binary image of dot pixels and the ink level.  For dark dots, ink >
 // L is grey <= 254 - L, and Otsu's split of the grey image at t gives the
 // ink level 254 - t.
-double threshold_ink(const cv::Mat &grey, const PrcgDotParams &params, cv::Mat &binary) {
+int threshold_ink(const cv::Mat &grey, const PrcgDotParams &params, cv::Mat &binary) {
     const bool dark = params.options & VEXO_PRCG_DOTS_DARK;
     const int kind = dark ? cv::THRESH_BINARY_INV : cv::THRESH_BINARY;
     if (params.threshold_kind == VEXO_PRCG_THRESHOLD_OTSU) {
-        const double t = cv::threshold(grey, binary, 0, 255, kind | cv::THRESH_OTSU);
+        const int t = int(cv::threshold(grey, binary, 0, 255, kind | cv::THRESH_OTSU));
         return dark ? 254 - t : t;
     }
-    const double level = params.threshold;
+    const int level = int(params.threshold);
     cv::threshold(grey, binary, dark ? 254 - level : level, 255, kind);
     return level;
 }
@@ -98,23 +96,39 @@ bool passes_shape(const std::vector<cv::Point> &contour, double area, const Prcg
     return circularity >= params.min_circularity;
 }
 
-// Centroid of (ink - level) inside the contour, drawn filled into a mask
-// the size of its bounding box: a full-frame mask per dot would cost a
-// frame's worth of memory traffic for every dot.
-bool weighted_centre(const Ink &ink, const std::vector<cv::Point> &contour, const cv::Rect &box,
-                     FoundDot &dot) {
+// Centroid of (ink - level) inside the contour, filled into a mask the
+// size of its bounding box: a full-frame mask per dot would cost a frame's
+// worth of memory traffic for every dot.  fillPoly draws the same pixels as
+// drawContours filled would, without the sequence header drawContours
+// builds for every contour up to the one it draws.  Pixels at or below the
+// level weigh nothing, so the rim's exact outline adds no noise to the
+// centre.  The moments are integer sums (exact, in any order); OpenCV's
+// masked subtraction and moments cost more in call overhead than the
+// arithmetic on a few hundred pixels.
+bool weighted_centre(const Ink &ink, const std::vector<std::vector<cv::Point>> &contours, int index,
+                     const cv::Rect &box, FoundDot &dot) {
     cv::Mat mask = cv::Mat::zeros(box.size(), CV_8UC1);
-    const std::vector<std::vector<cv::Point>> one{contour};
-    cv::drawContours(mask, one, 0, cv::Scalar(255), cv::FILLED, cv::LINE_8, cv::noArray(), INT_MAX,
-                     -box.tl());
-    // Saturating subtraction: pixels at or below the level weigh nothing,
-    // so the rim's exact outline adds no noise to the centre.
-    cv::Mat weight = cv::Mat::zeros(box.size(), CV_8UC1);
-    ink.weights(box, mask, weight);
-    const cv::Moments m = cv::moments(weight, false);
-    if (!(m.m00 > 0)) return false;
-    dot.x = box.x + m.m10 / m.m00;
-    dot.y = box.y + m.m01 / m.m00;
+    const cv::Point *points = contours[size_t(index)].data();
+    const int count = int(contours[size_t(index)].size());
+    cv::fillPoly(mask, &points, &count, 1, cv::Scalar(255), cv::LINE_8, 0, -box.tl());
+    uint64_t m00 = 0, m10 = 0, m01 = 0;
+    for (int r = 0; r < box.height; ++r) {
+        const uint8_t *inside = mask.ptr<uint8_t>(r);
+        const uint8_t *grey = ink.grey.ptr<uint8_t>(box.y + r) + box.x;
+        uint64_t row = 0, row_x = 0;
+        for (int c = 0; c < box.width; ++c) {
+            if (!inside[c]) continue;
+            const auto w = uint64_t(ink.weight(grey[c]));
+            row += w;
+            row_x += w * uint64_t(c);
+        }
+        m00 += row;
+        m10 += row_x;
+        m01 += row * uint64_t(r);
+    }
+    if (m00 == 0) return false;
+    dot.x = box.x + double(m10) / double(m00);
+    dot.y = box.y + double(m01) / double(m00);
     return true;
 }
 
@@ -145,13 +159,14 @@ std::vector<FoundDot> find_dots_in_grey(const cv::Mat &grey, const PrcgDotParams
     cv::findContours(binary, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_SIMPLE);
     std::vector<FoundDot> dots;
     const bool no_border = params.options & VEXO_PRCG_DOTS_NO_BORDER;
-    for (const auto &contour : contours) {
+    for (size_t i = 0; i < contours.size(); ++i) {
+        const std::vector<cv::Point> &contour = contours[i];
         const cv::Rect box = cv::boundingRect(contour);
         if (no_border && touches_border(box, grey.size())) continue;
         const double area = cv::contourArea(contour);
         if (!passes_shape(contour, area, params)) continue;
         FoundDot dot{0, 0, area};
-        if (weighted_centre(ink, contour, box, dot)) dots.push_back(dot);
+        if (weighted_centre(ink, contours, int(i), box, dot)) dots.push_back(dot);
     }
     std::sort(dots.begin(), dots.end(), [](const FoundDot &a, const FoundDot &b) {
         return a.y != b.y ? a.y < b.y : a.x < b.x;
