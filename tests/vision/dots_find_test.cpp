@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Dot finding judged against photos rendered by the test's own rasteriser.
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <vector>
 
@@ -12,6 +13,11 @@
 #include "vexo.h"
 
 namespace {
+
+// The header promises 48 bytes on 64-bit hosts; hosts lay the record out
+// by hand.
+static_assert(sizeof(void *) != 8 || sizeof(PrcgDotParams) == 48, "PrcgDotParams layout");
+static_assert(offsetof(PrcgDotParams, record) == 40 || sizeof(void *) != 8, "record offset");
 
 using vt::Disc;
 using vt::Frame;
