@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // vexo geom ...: hatch fill and merging of polylines given as text, written
-// back as text or drawn as a picture.
+// back as text or drawn as a picture; the output helpers the geom commands
+// share (geom_output.hpp).
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -12,13 +13,11 @@
 #include <nlohmann/json.hpp>
 
 #include "commands.hpp"
+#include "geom_output.hpp"
 #include "picture.hpp"
 #include "polyline_text.hpp"
 
 namespace tool {
-namespace {
-
-using nlohmann::json;
 
 const char *const kTextForm =
     "Polyline text (IN, and OUT unless it ends in .svg or .png):\n"
@@ -32,10 +31,9 @@ const char *const kTextForm =
     "Pictures: input faint, result bold, jumps between result polylines\n"
     "  dashed, y upwards, fitted to the picture.";
 
-struct Releaser {
-    void operator()(GeomPoint *p) const { vexo_geom_release(p); }
-};
-using Result = std::unique_ptr<GeomPoint, Releaser>;
+namespace {
+
+using nlohmann::json;
 
 // Index ranges [first, last] of the polylines of an array.
 struct Range {
@@ -109,14 +107,6 @@ void trace(cairo_t *cr, const Frame &f, const GeomPoint *pts, Range r, bool clos
     if (closed) cairo_close_path(cr);
 }
 
-struct Drawing {
-    const std::vector<GeomPoint> *input;
-    bool input_closed; // hatch contours are rings
-    const GeomPoint *result;
-    size_t count;
-    int size;
-};
-
 void draw_polylines(cairo_t *cr, const Drawing &d) {
     const Frame f = fit(*d.input, d.result, d.count, d.size);
     const double unit = std::max(1.0, d.size / 800.0);
@@ -157,13 +147,9 @@ void draw_polylines(cairo_t *cr, const Drawing &d) {
     cairo_stroke(cr);
 }
 
-// ---------------------------------------------------------------- output
+} // namespace
 
-struct Output {
-    std::string in, out;
-    int size = 800;
-    bool json = false;
-};
+// ---------------------------------------------------------------- output
 
 void add_output_options(CLI::App *cmd, Output &o) {
     cmd->add_option("IN", o.in, "polyline text (see vexo geom --help), - for standard input")
@@ -233,6 +219,8 @@ Result checked(GeomPoint *result, uint32_t status, const char *what) {
 uint32_t point_count(const std::vector<GeomPoint> &pts) {
     return uint32_t(pts.size()); // at most kMaxPolylinePoints
 }
+
+namespace {
 
 // ---------------------------------------------------------------- hatch
 
@@ -368,11 +356,12 @@ void add_merge(CLI::App *group) {
 } // namespace
 
 void add_geom_group(CLI::App &root) {
-    CLI::App *group =
-        add_group(root, "geom", "marking geometry: hatch fill and merging of polylines");
+    CLI::App *group = add_group(
+        root, "geom", "marking geometry: hatch fill, merging, dot and dash patterns of polylines");
     group->footer(kTextForm);
     add_hatch(group);
     add_merge(group);
+    add_pattern(group);
 }
 
 } // namespace tool

@@ -5,25 +5,6 @@
 # text reported by line.
 source "$(dirname "$0")/tool_lib.sh"
 
-# check_lines FILE PYTHON: PYTHON runs with `lines`, the polylines of FILE
-# as lists of (x, y[, z]) tuples.
-check_lines() {
-    python3 - "$1" "$2" <<'PY' || fail "polyline check failed: $2; file: $(head -c 600 "$1")"
-import math, sys
-lines, cur = [], []
-for raw in open(sys.argv[1]):
-    raw = raw.split("#")[0].strip()
-    if not raw:
-        if cur: lines.append(cur)
-        cur = []
-        continue
-    cur.append(tuple(float(v) for v in raw.split()))
-if cur: lines.append(cur)
-length = lambda l: sum(math.dist(a[:2], b[:2]) for a, b in zip(l, l[1:]))
-exec(sys.argv[2])
-PY
-}
-
 square() {
     printf '0 0\n10 0\n10 10\n0 10\n' >"$1"
 }

@@ -52,6 +52,25 @@ same_file() {
     cmp -s "$1" "$2" || fail "$1 and $2 differ"
 }
 
+# check_lines FILE PYTHON: PYTHON runs with `lines`, the polylines of FILE
+# as lists of (x, y[, z]) tuples.
+check_lines() {
+    python3 - "$1" "$2" <<'PY' || fail "polyline check failed: $2; file: $(head -c 600 "$1")"
+import math, sys
+lines, cur = [], []
+for raw in open(sys.argv[1]):
+    raw = raw.split("#")[0].strip()
+    if not raw:
+        if cur: lines.append(cur)
+        cur = []
+        continue
+    cur.append(tuple(float(v) for v in raw.split()))
+if cur: lines.append(cur)
+length = lambda l: sum(math.dist(a[:2], b[:2]) for a, b in zip(l, l[1:]))
+exec(sys.argv[2])
+PY
+}
+
 # png_check FILE PYTHON: PYTHON runs with w, h and px(x, y) -> (r, g, b).
 png_check() {
     python3 - "$1" "$2" <<'PY' || fail "picture check failed: $2"
