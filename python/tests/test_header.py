@@ -35,6 +35,13 @@ def test_format_numbers_match_header(header_text):
     ("geometry.SLICE_LEFT", "VEXO_SLICE_LEFT"),
     ("geometry.SLICE_RIGHT", "VEXO_SLICE_RIGHT"),
     ("geometry.PART_OUTSIDE", "VEXO_PART_OUTSIDE"),
+    ("geometry.BAND_X", "VEXO_BAND_X"),
+    ("geometry.BAND_Y", "VEXO_BAND_Y"),
+    ("geometry.PATTERN_2D", "VEXO_PATTERN_2D"),
+    ("geometry.PATTERN_FIT", "VEXO_PATTERN_FIT"),
+    ("geometry.PATTERN_RING", "VEXO_PATTERN_RING"),
+    ("geometry.DOT_REVERSE", "VEXO_DOT_REVERSE"),
+    ("geometry.DOT_OUTWARD", "VEXO_DOT_OUTWARD"),
     ("clipping.UNION", "VEXO_CLIP_UNION"),
     ("clipping.DIFFERENCE", "VEXO_CLIP_DIFFERENCE"),
     ("clipping.JOIN_MITER", "VEXO_CLIP_JOIN_MITER"),
@@ -72,6 +79,7 @@ def test_point_end_flag_matches_header(header_text):
 
 @pytest.mark.parametrize("record,pattern", [
     (records.VexoHatch, r"Hatch parameters: (\d+) bytes"),
+    (records.VexoDash, r"Dash pattern: (\d+) bytes"),
     (records.CorrBase, r"\} CorrBase;\s+/\* (\d+) bytes"),
     (records.CalibrationRecord, r"Calibration exchange record \((\d+) bytes\)"),
     (records.PatternKeypoint, r"A taught keypoint \((\d+) bytes\)"),
@@ -94,6 +102,16 @@ def test_hatch_field_offsets_match_header(header_text):
     assert len(stated) == len(records.VexoHatch._fields_), stated
     actual = {name: getattr(records.VexoHatch, name).offset for name in stated}
     assert actual == stated
+
+
+def test_dash_record_matches_header(header_text):
+    assert records.DASH_MAX == defines(header_text, "VEXO_DASH_MAX")["VEXO_DASH_MAX"]
+    block = header_text[header_text.index("typedef struct VexoDash"):]
+    block = block[:block.index("} VexoDash;")]
+    stated = {name: int(offset) for name, offset in
+              re.findall(r"(\w+)(?:\[\w+\])?;\s+/\*\s*(\d+):", block)}
+    assert len(stated) == len(records.VexoDash._fields_), stated
+    assert {name: getattr(records.VexoDash, name).offset for name in stated} == stated
 
 
 def test_calibration_record_offsets_match_header(header_text):

@@ -8,9 +8,10 @@ from . import clipping, corr, geometry, vision
 from ._lib import HAS_VISION, VexoError, status_name, status_text
 from .clipping import difference, outline, union
 from .corr import CorrTable, FileInfo, HeadGeometry
-from .geometry import (circle, close_polygons, hatch, identity, inner_part, invert,
-                       merge_lines, multiply, order_lines, rotate, rotate_axis, scale,
-                       slice_line, spiral, transform, translate)
+from .geometry import (circle, close_polygons, dashes, dot_shape, dots, hatch, identity,
+                       inner_part, inner_part_rect, invert, merge_lines, multiply, order_lines,
+                       reduce, rotate, rotate_axis, scale, slice_band, slice_line, smoothen,
+                       spiral, transform, translate)
 from .vision import Calibration, Match, Pattern, calibrate_chessboard
 
 __version__ = "0.2.0"
@@ -24,7 +25,8 @@ def library_version():
 
 __all__ = ["CorrTable", "FileInfo", "HeadGeometry", "VexoError", "status_name", "status_text",
            "union", "difference", "outline", "circle", "spiral", "hatch", "merge_lines",
-           "order_lines", "slice_line", "inner_part", "close_polygons", "identity",
+           "order_lines", "slice_line", "slice_band", "inner_part", "inner_part_rect",
+           "close_polygons", "dots", "dashes", "dot_shape", "reduce", "smoothen", "identity",
            "translate", "scale", "rotate", "rotate_axis", "multiply", "invert", "transform",
            "calibrate_chessboard", "Calibration", "Pattern", "Match", "clipping", "corr",
            "geometry", "vision", "HAS_VISION", "library_version"]

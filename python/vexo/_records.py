@@ -50,6 +50,14 @@ class VexoHatch(ctypes.Structure):
                 ("options", c_uint32)]
 
 
+DASH_MAX = 16
+
+
+class VexoDash(ctypes.Structure):
+    _fields_ = [("lengths", c_double * DASH_MAX), ("count", c_uint32), ("options", c_uint32),
+                ("offset", c_double)]
+
+
 class CorrTableRecord(ctypes.Structure):
     _fields_ = [("cell", GeomPoint * CELL_COUNT)]
 
@@ -113,6 +121,7 @@ DOCUMENTED_SIZES = {
     GeomDotShape: 24,
     GeomMatrix: 128,
     VexoHatch: 88,
+    VexoDash: 144,
     CorrTableRecord: CELL_COUNT * 32,
     CorrHead: 12,
     CorrBase: 40,

@@ -26,6 +26,13 @@ CLOSE_DROP_DEGENERATE = 0x02
 SLICE_LEFT = 0x01
 SLICE_RIGHT = 0x02
 PART_OUTSIDE = 0x01
+BAND_X = 0
+BAND_Y = 1
+PATTERN_2D = 0x01
+PATTERN_FIT = 0x02
+PATTERN_RING = 0x04
+DOT_REVERSE = 0x01
+DOT_OUTWARD = 0x02
 
 
 def _xyz_of(buffer):
@@ -141,6 +148,110 @@ def inner_part(polylines, rings, outside=False):
     return _new_polylines(lib.vexo_geom_inner_part, pointer(records), len(records),
                           pointer(ring_records), len(ring_records),
                           PART_OUTSIDE if outside else 0)
+
+
+def inner_part_rect(polylines, left, top, right, bottom):
+    """The parts of polylines inside a rectangle (bounds inclusive).
+
+    y grows upwards: top is the larger y, bottom the smaller.
+    """
+    records = records_from_polylines(polylines)
+    rect = (ctypes.c_double * 6)(float(left), float(top), 0.0, float(right), float(bottom), 0.0)
+    return _new_polylines(lib.vexo_geom_inner_part_rect, pointer(records), len(records), rect)
+
+
+def slice_band(polylines, band, width, origin=0.0, overlap=0.0, axis="x"):
+    """The parts of polylines inside band number `band` along axis "x" or "y".
+
+    Band k covers [origin + k*width - overlap, origin + (k+1)*width + overlap].
+    """
+    if axis not in ("x", "y"):
+        raise ValueError(f"axis must be 'x' or 'y', got {axis!r}")
+    records = records_from_polylines(polylines)
+    return _new_polylines(lib.vexo_geom_slice_band, pointer(records), len(records),
+                          BAND_X if axis == "x" else BAND_Y, float(origin), float(width),
+                          float(overlap), int(band))
+
+
+def _thousandths(value, what):
+    scaled = round(float(value) * 1000.0)
+    if not 0 <= scaled <= 0xFFFFFFFF:
+        raise ValueError(f"{what} {value} is out of range")
+    return scaled
+
+
+def dot_shape(radius, steps=24, spiral=False, inner_radius=0.0, pitch=0.0, reverse=False,
+              outward=False):
+    """How a dot is drawn: a circle, or a spiral from radius to inner_radius.
+
+    Sizes are in coordinate units (kept to thousandths); steps are points
+    per revolution.
+    """
+    options = (DOT_REVERSE if reverse else 0) | (DOT_OUTWARD if outward else 0)
+    return r.GeomDotShape(kind=1 if spiral else 0, options=options, steps=int(steps),
+                          radius=_thousandths(radius, "radius"),
+                          inner_radius=_thousandths(inner_radius, "inner_radius"),
+                          pitch=_thousandths(pitch, "pitch"))
+
+
+def _pattern_options(fit, ring, flat):
+    return (PATTERN_FIT if fit else 0) | (PATTERN_RING if ring else 0) | \
+        (PATTERN_2D if flat else 0)
+
+
+def dots(polylines, pitch, phase=0.0, fit=False, ring=False, flat=False, shape=None):
+    """Dots every `pitch` along each polyline, the first at arc length `phase`.
+
+    Each dot is a one-point polyline, or the figure of `shape` (dot_shape)
+    drawn there.  fit stretches the pitch to whole periods per polyline;
+    ring gives a closed polyline one dot at its seam; flat measures in x
+    and y only.
+    """
+    records = records_from_polylines(polylines)
+    figure = ctypes.byref(shape) if shape is not None else None
+    return _new_polylines(lib.vexo_line_to_pattern, pointer(records), len(records),
+                          float(pitch), float(phase), _pattern_options(fit, ring, flat),
+                          shape is not None, figure)
+
+
+def dashes(polylines, lengths, offset=0.0, fit=False, ring=False, flat=False):
+    """Dashes along each polyline: lengths on, off, on, ... (an odd count repeats).
+
+    Every "on" stretch becomes a polyline; a zero "on" entry is a dot.
+    """
+    values = [float(v) for v in lengths]
+    if not 1 <= len(values) <= r.DASH_MAX:
+        raise ValueError(f"a dash pattern has 1..{r.DASH_MAX} entries, got {len(values)}")
+    dash = r.VexoDash(count=len(values), options=_pattern_options(fit, ring, flat),
+                      offset=float(offset))
+    dash.lengths[:len(values)] = values
+    records = records_from_polylines(polylines)
+    return _new_polylines(lib.vexo_line_to_pattern3, pointer(records), len(records),
+                          ctypes.byref(dash))
+
+
+def _in_place(records, call):
+    """Run a call that works on the records in place and may shrink them."""
+    count = ctypes.c_uint32(len(records))
+    call(pointer(records), ctypes.byref(count))
+    return polylines_from_records(records[:count.value])
+
+
+def reduce(polylines, min_dist, flat=False):
+    """Drop points closer than min_dist to their predecessor (line ends stay)."""
+    records = records_from_polylines(polylines)
+    function = lib.vexo_geom_reduce_2d if flat else lib.vexo_geom_reduce
+    return _in_place(records, lambda p, n: function(p, n, float(min_dist)))
+
+
+def smoothen(polylines, max_dist, flat=False):
+    """Average inner points with neighbours closer than max_dist (one pass)."""
+    records = records_from_polylines(polylines)
+    function = lib.vexo_geom_smoothen_2d if flat else lib.vexo_geom_smoothen
+    status = ctypes.c_uint32(OK)
+    function(pointer(records), len(records), float(max_dist), ctypes.byref(status))
+    check(status.value)
+    return polylines_from_records(records)
 
 
 def close_polygons(polylines, tolerance, snap=False, drop_degenerate=False):
