@@ -16,7 +16,8 @@ rm -rf "$scratch/python/build" "$scratch/python/vexo.egg-info"
 "$python" -m venv --system-site-packages "$scratch/venv"
 "$scratch/venv/bin/pip" install --quiet --no-build-isolation --no-index "$scratch/python"
 cd "$scratch"
-VEXO_LIBRARY="$library" "$scratch/venv/bin/python" -c '
+# A sanitizer build's runtime comes first in the importing process only.
+LD_PRELOAD="${VEXO_PRELOAD:-}" VEXO_LIBRARY="$library" "$scratch/venv/bin/python" -c '
 import sys, vexo
 where = vexo.__file__
 assert "site-packages" in where, where
