@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Figures, marking geometry, clipping and matrices through the package."""
 import ctypes
-import math
 
 import numpy as np
 import pytest

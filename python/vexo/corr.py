@@ -6,7 +6,7 @@ import os
 import numpy as np
 
 from . import _records as r
-from ._lib import OK, check, lib
+from ._lib import check, lib
 from ._points import as_xyz
 
 SIZE = r.CELLS_PER_SIDE

@@ -10,7 +10,7 @@ import struct
 import numpy as np
 
 from . import _records as r
-from ._lib import ERROR_NO_RESULT, HAS_VISION, OK, VexoError, check, lib
+from ._lib import ERROR_NO_RESULT, HAS_VISION, VexoError, check, lib
 
 IMAGE_FORMAT_RGB24 = 1
 IMAGE_FORMAT_GREY8 = 17
