@@ -292,15 +292,57 @@ def test_set_head_refuses_negative_gap():
     assert error.value.status == 16
 
 
-def test_from_grid_of_perfect_measurements_is_linear():
+def test_interpolate_of_perfect_measurements_is_linear():
     # A 3 x 3 grid on -40, 0, 40 (first index along X) measured where it
     # was meant gives the linear field: 65535.5 / 100 output units per unit,
     # sampled at column * 2/65 of the grid's width.
     grid = np.array([(a * 40.0 - 40, b * 40.0 - 40) for a in range(3) for b in range(3)])
-    table = vexo.CorrTable.from_grid(grid, grid, 100.0)
+    table = vexo.CorrTable.interpolate(grid, grid, 100.0)
     line = (np.arange(65) * 2.0 / 65 * 40 - 40) * 655.355
     assert np.allclose(table.xyz[:, :, 0], np.tile(line, (65, 1)), rtol=0, atol=1e-6)
     assert np.allclose(table.xyz[:, :, 1], np.tile(line[:, None], (1, 65)), rtol=0, atol=1e-6)
+
+
+def nominal_grid(n=5, field=100.0):
+    """n x n positions over the field, row i along y, column j along x."""
+    axis = np.linspace(-field / 2, field / 2, n)
+    return np.array([(x, y) for y in axis for x in axis])
+
+
+def test_from_grid_of_perfect_measurements_is_neutral():
+    grid = nominal_grid()
+    assert vexo.CorrTable.from_grid(grid, grid, 100.0) == vexo.CorrTable()
+
+
+def test_from_grid_of_perfect_measurements_returns_base(corpus):
+    base = _sample_table(corpus)
+    grid = nominal_grid()
+    assert vexo.CorrTable.from_grid(grid, grid, 100.0, base=base) == base
+
+
+def test_from_grid_undoes_a_uniform_shift():
+    # Every mark landed 1 mm to the right: each node now aims 1 mm further
+    # left, 65535 / 100 output units for the 100 mm field.
+    grid = nominal_grid()
+    table = vexo.CorrTable.from_grid(grid + (1.0, 0.0), grid, 100.0)
+    expected = vexo.CorrTable().xyz[:, :, 0] - 655.35
+    assert np.allclose(table.xyz[:, :, 0], expected, rtol=0, atol=1e-6), \
+        abs(table.xyz[:, :, 0] - expected).max()
+
+
+def test_from_grid_accepts_n_by_n_by_2_arrays():
+    grid = nominal_grid()
+    table = vexo.CorrTable.from_grid(grid.reshape(5, 5, 2), grid.reshape(5, 5, 2), 100.0)
+    assert table == vexo.CorrTable()
+
+
+def test_from_grid_of_folded_measurement_raises_invalid_data():
+    grid = nominal_grid()
+    folded = grid.copy()
+    folded[[0, 1]] = folded[[1, 0]]
+    with pytest.raises(vexo.VexoError) as error:
+        vexo.CorrTable.from_grid(folded, grid, 100.0)
+    assert error.value.name == "VEXO_ERROR_INVALID_DATA"
 
 
 def test_from_grid_refuses_non_square_count():

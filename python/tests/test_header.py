@@ -65,6 +65,15 @@ def test_format_numbers_match_header(header_text):
     ("vision.SURF", "RECOGNISER_SURF"),
     ("vision.ORB", "RECOGNISER_ORB"),
     ("vision.ROBUST", "VEXO_RECOGNISER_ROBUST"),
+    ("vision.THRESHOLD_FIXED", "VEXO_PRCG_THRESHOLD_FIXED"),
+    ("vision.THRESHOLD_OTSU", "VEXO_PRCG_THRESHOLD_OTSU"),
+    ("vision.DOTS_DARK", "VEXO_PRCG_DOTS_DARK"),
+    ("vision.DOTS_NO_BORDER", "VEXO_PRCG_DOTS_NO_BORDER"),
+    ("vision.DOTS_UNDISTORT", "VEXO_PRCG_DOTS_UNDISTORT"),
+    ("vision.DOTS_PERSPECTIVE", "VEXO_PRCG_DOTS_PERSPECTIVE"),
+    ("vision.SCALE_FLIP_Y", "VEXO_PRCG_SCALE_FLIP_Y"),
+    ("vision.ROTATION_GIVEN", "VEXO_PRCG_ROTATION_GIVEN"),
+    ("vision.SORT_GRID", "VEXO_PRCG_SORT_GRID"),
 ])
 def test_constant_matches_header(header_text, package_name, header_name):
     module, attribute = package_name.split(".")
@@ -80,6 +89,7 @@ def test_point_end_flag_matches_header(header_text):
 @pytest.mark.parametrize("record,pattern", [
     (records.VexoHatch, r"Hatch parameters: (\d+) bytes"),
     (records.VexoDash, r"Dash pattern: (\d+) bytes"),
+    (records.PrcgDotParams, r"vexo_prcg_find_dots \((\d+) bytes on 64-bit hosts\)"),
     (records.CorrBase, r"\} CorrBase;\s+/\* (\d+) bytes"),
     (records.CalibrationRecord, r"Calibration exchange record \((\d+) bytes\)"),
     (records.PatternKeypoint, r"A taught keypoint \((\d+) bytes\)"),

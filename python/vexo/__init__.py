@@ -12,7 +12,8 @@ from .geometry import (circle, close_polygons, dashes, dot_shape, dots, hatch, i
                        inner_part, inner_part_rect, invert, merge_lines, multiply, order_lines,
                        reduce, rotate, rotate_axis, scale, slice_band, slice_line, smoothen,
                        spiral, transform, translate)
-from .vision import Calibration, Match, Pattern, calibrate_chessboard
+from .vision import (Calibration, Match, Pattern, calibrate_chessboard, find_dots, scale_dots,
+                     unrotate_dots)
 
 __version__ = "0.2.0"
 
@@ -28,5 +29,5 @@ __all__ = ["CorrTable", "FileInfo", "HeadGeometry", "VexoError", "status_name", 
            "order_lines", "slice_line", "slice_band", "inner_part", "inner_part_rect",
            "close_polygons", "dots", "dashes", "dot_shape", "reduce", "smoothen", "identity",
            "translate", "scale", "rotate", "rotate_axis", "multiply", "invert", "transform",
-           "calibrate_chessboard", "Calibration", "Pattern", "Match", "clipping", "corr",
+           "calibrate_chessboard", "find_dots", "scale_dots", "unrotate_dots", "Calibration", "Pattern", "Match", "clipping", "corr",
            "geometry", "vision", "HAS_VISION", "library_version"]

@@ -136,6 +136,9 @@ _PROTOTYPES = [
     ("vexo_corr_release_info", None, [P(r.CorrFileInfo)]),
     ("vexo_corr_interpolate", c_uint32,
      [c_uint32, P(r.GeomPoint), P(r.GeomPoint), c_double, P(r.CorrTableRecord)]),
+    ("vexo_corr_from_grid", c_uint32,
+     [c_uint32, P(r.GeomPoint), P(r.GeomPoint), c_double, P(r.CorrTableRecord),
+      P(r.CorrTableRecord)]),
     ("vexo_corr_set_scale", c_uint32, [P(r.CorrTableRecord), c_double]),
     ("vexo_corr_set_focal", c_uint32, [P(r.CorrTableRecord), c_double, c_double, c_double]),
     ("vexo_corr_adjust_single", c_uint32,
@@ -162,6 +165,12 @@ _VISION_PROTOTYPES = [
     ("vexo_prcg_start_recogniser2", c_uint32,
      [c_void_p, P(r.ImageBlock), c_uint32, P(r.RecognitionReport)]),
     ("vexo_prcg_release_recogniser", None, [c_void_p]),
+    ("vexo_prcg_find_dots", P(r.GeomPoint),
+     [P(r.ImageBlock), P(r.PrcgDotParams), P(c_uint32), P(c_uint32)]),
+    ("vexo_prcg_scale_dots", c_uint32,
+     [P(r.GeomPoint), c_uint32, c_double, c_double, P(c_double), c_uint32]),
+    ("vexo_prcg_unrotate_dots", c_uint32,
+     [P(r.GeomPoint), c_uint32, c_uint32, P(c_double), c_uint32]),
 ]
 
 

@@ -103,6 +103,12 @@ class PatternKeypoint(ctypes.Structure):
                 ("response", c_int32), ("octave", c_int32), ("class_id", c_int32)]
 
 
+class PrcgDotParams(ctypes.Structure):
+    _fields_ = [("threshold_kind", c_uint32), ("threshold", c_uint32), ("min_area", c_double),
+                ("max_area", c_double), ("min_circularity", c_double), ("options", c_uint32),
+                ("reserved", c_uint32), ("record", ctypes.POINTER(CalibrationRecord))]
+
+
 class RecognitionResult(ctypes.Structure):
     _fields_ = [("x", ctypes.c_float), ("y", ctypes.c_float),
                 ("rotation", ctypes.c_float), ("status", c_int32)]
@@ -128,6 +134,7 @@ DOCUMENTED_SIZES = {
     ImageBlock: 32,
     CalibrationRecord: 216,
     PatternKeypoint: 28,
+    PrcgDotParams: 48,
     RecognitionResult: 16,
     RecognitionReport: 120,
 }

@@ -48,6 +48,29 @@ def _path(path):
     return os.fsencode(os.fspath(path))
 
 
+def _flat_xyz(grid, what):
+    array = np.asarray(grid, dtype=np.float64)
+    return as_xyz(array.reshape(-1, array.shape[-1]) if array.ndim == 3 else array, what)
+
+
+def _square_grids(measured, nominal):
+    """measured and nominal as (n*n, 3) arrays, and n."""
+    m, q = _flat_xyz(measured, "measured"), _flat_xyz(nominal, "nominal")
+    if len(m) != len(q):
+        raise ValueError(f"measured has {len(m)} points, nominal {len(q)}")
+    n = int(round(len(m) ** 0.5))
+    if n * n != len(m) or n == 0:
+        raise ValueError(f"{len(m)} points do not form a square grid")
+    return m, q, n
+
+
+def _point_records(xyz):
+    # The pointer keeps its array alive (numpy's data_as holds a reference).
+    records = np.zeros(len(xyz), dtype=r.POINT_DTYPE)
+    records["x"], records["y"], records["z"] = xyz[:, 0], xyz[:, 1], xyz[:, 2]
+    return records.ctypes.data_as(ctypes.POINTER(r.GeomPoint))
+
+
 class FileInfo:
     """What a correction file holds beside the grid.
 
@@ -143,27 +166,34 @@ class CorrTable:
         return table
 
     @classmethod
-    def from_grid(cls, measured, nominal, field_range):
-        """A table from an n x n grid of measured and nominal positions.
+    def from_grid(cls, measured, nominal, field_size, base=None):
+        """A table corrected from a measured n x n grid of marks.
 
-        measured, nominal: (n*n, 2|3) or (n, n, 2|3) arrays, cell (a, b)
-        at a*n + b; field_range the size of the field they are given in.
+        measured, nominal: (n*n, 2|3) or (n, n, 2|3) field positions (mm),
+        element i*n + j at row i (along y) and column j (along x); the
+        nominal grid rectilinear and increasing.  The marks were made
+        through `base` (a CorrTable, None: the neutral table).  A perfect
+        measurement gives base back exactly.
         """
-        m = as_xyz(np.asarray(measured, dtype=np.float64).reshape(-1, np.shape(measured)[-1]))
-        q = as_xyz(np.asarray(nominal, dtype=np.float64).reshape(-1, np.shape(nominal)[-1]))
-        if len(m) != len(q):
-            raise ValueError(f"measured has {len(m)} points, nominal {len(q)}")
-        n = int(round(len(m) ** 0.5))
-        if n * n != len(m) or n == 0:
-            raise ValueError(f"{len(m)} points do not form a square grid")
+        m, q, n = _square_grids(measured, nominal)
         table = cls()
-        records = [np.zeros(len(m), dtype=r.POINT_DTYPE) for _ in range(2)]
-        for rec, xyz in zip(records, (m, q)):
-            rec["x"], rec["y"], rec["z"] = xyz[:, 0], xyz[:, 1], xyz[:, 2]
-        ptr = ctypes.POINTER(r.GeomPoint)
-        check(lib.vexo_corr_interpolate(n, records[0].ctypes.data_as(ptr),
-                                         records[1].ctypes.data_as(ptr), float(field_range),
-                                         ctypes.byref(table._record)))
+        base_record = ctypes.byref(base._record) if base is not None else None
+        check(lib.vexo_corr_from_grid(n, _point_records(m), _point_records(q), float(field_size),
+                                      base_record, ctypes.byref(table._record)))
+        return table
+
+    @classmethod
+    def interpolate(cls, measured, nominal, field_range):
+        """The older resampling of a measured grid (first index along X).
+
+        Node p samples grid position p * (n - 1) / 65, so even a perfect
+        measurement is not the neutral table; from_grid is the one to use
+        for new work.
+        """
+        m, q, n = _square_grids(measured, nominal)
+        table = cls()
+        check(lib.vexo_corr_interpolate(n, _point_records(m), _point_records(q),
+                                         float(field_range), ctypes.byref(table._record)))
         return table
 
     def copy(self):

@@ -10,7 +10,8 @@ import struct
 import numpy as np
 
 from . import _records as r
-from ._lib import ERROR_NO_RESULT, HAS_VISION, VexoError, check, lib
+from ._lib import ERROR_NO_RESULT, HAS_VISION, OK, VexoError, check, lib
+from ._points import PointBuffer, as_xyz, pointer
 
 IMAGE_FORMAT_RGB24 = 1
 IMAGE_FORMAT_GREY8 = 17
@@ -25,6 +26,16 @@ POSITION = 0x0010
 ROTATION = 0x0020
 ROBUST = 0x0040
 _DETECTORS = {"sift": SIFT, "surf": SURF, "orb": ORB}
+
+THRESHOLD_FIXED = 0
+THRESHOLD_OTSU = 1
+DOTS_DARK = 0x01
+DOTS_NO_BORDER = 0x02
+DOTS_UNDISTORT = 0x04
+DOTS_PERSPECTIVE = 0x08
+SCALE_FLIP_Y = 0x01
+ROTATION_GIVEN = 0x01
+SORT_GRID = 0x02
 
 
 def _need_vision():
@@ -200,4 +211,79 @@ class Pattern:
         self.close()
 
 
+# --- field calibration: dots marked on a plate, photographed ---------------
+
+def find_dots(image, threshold=None, min_area=0.0, max_area=0.0, min_circularity=0.0,
+              dark=False, skip_border=False, calibration=None, undistort=False,
+              perspective=False):
+    """Centres of the dots in a photo: an (n, 3) array of x, y (pixels, y
+    down) and the contour area, sorted by y then x.
+
+    threshold: grey level 0..254 a dot pixel lies above (None: Otsu's
+    level); dark: dark dots on a light ground.  With a Calibration,
+    undistort and perspective map the centres through its camera model.
+    Raises VexoError (VEXO_ERROR_NO_RESULT) when no dot passes.
+    """
+    _need_vision()
+    block = _Image(image)
+    params = r.PrcgDotParams(threshold_kind=THRESHOLD_OTSU if threshold is None
+                             else THRESHOLD_FIXED, threshold=int(threshold or 0),
+                             min_area=float(min_area), max_area=float(max_area),
+                             min_circularity=float(min_circularity))
+    params.options = ((DOTS_DARK if dark else 0) | (DOTS_NO_BORDER if skip_border else 0) |
+                      (DOTS_UNDISTORT if undistort else 0) |
+                      (DOTS_PERSPECTIVE if perspective else 0))
+    record = None
+    if calibration is not None:
+        record = r.CalibrationRecord.from_buffer_copy(calibration.record)
+        params.record = ctypes.pointer(record)
+    count, status = ctypes.c_uint32(0), ctypes.c_uint32(OK)
+    result = lib.vexo_prcg_find_dots(block.pointer, ctypes.byref(params), ctypes.byref(count),
+                                     ctypes.byref(status))
+    with PointBuffer.returned(result, count.value) as buffer:
+        check(status.value, "dot finding")
+        records = buffer.records()
+    return np.column_stack([records["x"], records["y"], records["z"]])
+
+
+def _dot_records(dots):
+    xyz = as_xyz(dots, "dots")
+    records = np.zeros(len(xyz), dtype=r.POINT_DTYPE)
+    records["x"], records["y"], records["z"] = xyz[:, 0], xyz[:, 1], xyz[:, 2]
+    records["flags"] = 1
+    return records
+
+
+def _xyz(records):
+    return np.column_stack([records["x"], records["y"], records["z"]])
+
+
+def scale_dots(dots, scale_x, scale_y=None, origin=None, flip_y=False):
+    """Dots in pixels to field units: (x - origin) * scale, y negated with flip_y.
+
+    origin None: the dot nearest the mean of all dots.  z (an area) is
+    scaled by |scale_x * scale_y|.  Returns a new (n, 3) array.
+    """
+    _need_vision()
+    records = _dot_records(dots)
+    at = None if origin is None else (ctypes.c_double * 2)(float(origin[0]), float(origin[1]))
+    check(lib.vexo_prcg_scale_dots(pointer(records), len(records), float(scale_x),
+                                   float(scale_x if scale_y is None else scale_y), at,
+                                   SCALE_FLIP_Y if flip_y else 0))
+    return _xyz(records)
+
+
+def unrotate_dots(dots, n=None, rotation=None):
+    """Turn dots by -rotation about (0, 0); with n, sort them into n x n grid order.
+
+    rotation None: estimated from neighbouring dots (degrees, -45..45).
+    Returns (new (n, 3) array, rotation).
+    """
+    _need_vision()
+    records = _dot_records(dots)
+    angle = ctypes.c_double(0.0 if rotation is None else float(rotation))
+    options = (ROTATION_GIVEN if rotation is not None else 0) | (SORT_GRID if n else 0)
+    check(lib.vexo_prcg_unrotate_dots(pointer(records), len(records), int(n or 0),
+                                      ctypes.byref(angle), options))
+    return _xyz(records), angle.value
 
