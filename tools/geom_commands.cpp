@@ -3,6 +3,7 @@
 // back as text or drawn as a picture; the output helpers the geom commands
 // share (geom_output.hpp).
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
