@@ -106,7 +106,7 @@ const char *write_grid_table(const TableOptions &o, uint32_t n, const std::vecto
 }
 
 void report(const TableOptions &o, const char *format, uint32_t n, double field, Residual r,
-            json extra) {
+            const json &extra) {
     if (o.json) {
         json j = {{"output", o.out},   {"format", format},         {"grid", n},
                   {"field_mm", field}, {"residual_max_mm", r.max}, {"residual_rms_mm", r.rms}};
