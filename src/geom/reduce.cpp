@@ -28,6 +28,12 @@ public:
         surely_above_ = squares_are_safe ? square * (1.0 + 0x1p-40) : -1.0;
     }
 
+    // True only where operator() is surely false, decided on the squares
+    // alone; false where the root would be needed.
+    bool surely_not(const GeomPoint &a, const GeomPoint &b) const {
+        return surely_above_ >= 0.0 && squared_distance<WithZ>(a, b) > surely_above_;
+    }
+
     bool operator()(const GeomPoint &a, const GeomPoint &b) const {
         const double squared = squared_distance<WithZ>(a, b);
         if (squared < surely_below_) return true;
@@ -71,6 +77,12 @@ private:
         uint32_t anchor = 0;
         uint32_t i = 1;
         while (i < count_) {
+            if (anchor + 1 == i) {
+                i = skip_quiet_points(i);
+                anchor = i - 1;
+                if (anchor - consumed_ >= kChunk) settle(anchor, false);
+                if (i >= count_) break;
+            }
             if (is_end(points_[i])) {
                 ++anchor;
                 ++i;
@@ -87,6 +99,20 @@ private:
             }
             if (anchor - consumed_ >= kChunk) settle(anchor, false);
         }
+    }
+
+    // With the anchor right before i, a point that is no line end, not
+    // marked and surely not closer than min_dist to its predecessor only
+    // moves the anchor onto itself.  Most points are such points; they are
+    // stepped over here with one flag test and one squared distance each.
+    // Returns the first point that needs the full step (or the end of the
+    // run, at most two chunks on, so that the later steps keep up).
+    uint32_t skip_quiet_points(uint32_t i) const {
+        const uint32_t stop = count_ - consumed_ > 2 * kChunk ? consumed_ + 2 * kChunk : count_;
+        while (i < stop && (points_[i].flags & (VEXO_POINT_END | VEXO_POINT_PROCESSED)) == 0 &&
+               closer_.surely_not(points_[i - 1], points_[i]))
+            ++i;
+        return i;
     }
 
     // Step 3 at compacted index k.  The scan starts at the third point, so

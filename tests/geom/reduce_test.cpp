@@ -238,3 +238,29 @@ TEST(GeomSmooth, ThresholdsPassOrderEndsAndDots) {
     vexo_geom_smoothen(order, 3, NAN, nullptr);
     EXPECT_EQ(order[1].x, (0.7 + 0.1 + 0.3) / 3.0);
 }
+
+// Long stretches where nothing is dropped (far longer than the pipeline's chunks), broken by
+// a few close points, caller-marked points and ends, and points exactly min_dist apart or a
+// hair closer, where the squares alone cannot decide: the plain passes' bytes again.
+TEST(GeomReduce, LongQuietStretchesMatchTheStepByStepReduction) {
+    const uint32_t n = 9000;
+    const double min_dist = 0.5;
+    std::vector<GeomPoint> pts(n);
+    double x = 0.0;
+    for (uint32_t i = 0; i < n; ++i) {
+        double step = 1.0;
+        if (i % 2777 == 5) step = 0.1;                           // dropped
+        if (i % 1999 == 7) step = min_dist;                      // kept: the test is strict
+        if (i % 1999 == 8) step = std::nextafter(min_dist, 0.0); // dropped
+        x += step;
+        uint32_t flags = i % 4001 == 4000 ? VEXO_POINT_END : 0u;
+        if (i % 3001 == 17) flags |= VEXO_POINT_PROCESSED;
+        pts[i] = {x, 0.0, 0.0, flags, i};
+    }
+    std::vector<GeomPoint> expected = pts;
+    const uint32_t expected_count = reduce_step_by_step(expected.data(), n, min_dist, true);
+    uint32_t count = n;
+    vexo_geom_reduce(pts.data(), &count, min_dist);
+    ASSERT_EQ(count, expected_count);
+    EXPECT_TRUE(same_bytes(pts[0], expected[0], count));
+}
