@@ -22,11 +22,11 @@ uint32_t subtract_f64_pairs(ByteSpan file, size_t offset, double sx, double sy, 
     if (file.size < offset || file.size - offset < size_t{16} * kCorrCells)
         return VEXO_ERROR_READ_FILE;
     const uint8_t *p = file.data + offset;
+    const NeutralLines neutral;
     for (int row = 0; row < kCorrSide; ++row) {
         for (int column = 0; column < kCorrSide; ++column, p += 16) {
-            set_cell_xyz(corr_cell(table, row, column),
-                         neutral_coordinate(column) - load_le_f64(p) * sx,
-                         neutral_coordinate(row) - load_le_f64(p + 8) * sy, 0.0);
+            set_cell_xyz(corr_cell(table, row, column), neutral[column] - load_le_f64(p) * sx,
+                         neutral[row] - load_le_f64(p + 8) * sy, 0.0);
         }
     }
     return VEXO_OK;
@@ -36,10 +36,11 @@ uint32_t subtract_i32_pairs(ByteSpan file, size_t offset, CorrTable &table) {
     if (file.size < offset || file.size - offset < size_t{8} * kCorrCells)
         return VEXO_ERROR_READ_FILE;
     const uint8_t *p = file.data + offset;
+    const NeutralLines neutral;
     for (int row = 0; row < kCorrSide; ++row) {
         for (int column = 0; column < kCorrSide; ++column, p += 8) {
-            set_cell_xyz(corr_cell(table, row, column), neutral_coordinate(column) - load_le_i32(p),
-                         neutral_coordinate(row) - load_le_i32(p + 4), 0.0);
+            set_cell_xyz(corr_cell(table, row, column), neutral[column] - load_le_i32(p),
+                         neutral[row] - load_le_i32(p + 4), 0.0);
         }
     }
     return VEXO_OK;

@@ -3,7 +3,7 @@
 // before X.  The short ".ucf" form and ".ctb" carry no Z plane; a missing
 // Z counts as word 0, so those tables come back with z = -32767.5 (word 0
 // less the half range), the same z a written file with a zero plane gives.
-#include "core/byteorder.hpp"
+#include "corr/column_planes.hpp"
 #include "corr/loaders.hpp"
 #include "corr/table.hpp"
 
@@ -14,18 +14,12 @@ constexpr size_t kPlaneBytes = 4225 * 2;
 constexpr size_t kShortUcfSize = 2 * kPlaneBytes; // Y, X without a header
 constexpr size_t kUcfHeaderBytes = 4;
 
-// Rows outer, so the table is written in memory order; the planes (25 KB
-// at most) are read across, which stays in cache.
 void apply_word_planes(CorrTable &table, const uint8_t *y_plane, const uint8_t *x_plane,
                        const uint8_t *z_plane) {
-    for (int row = 0; row < kCorrSide; ++row) {
-        for (int column = 0; column < kCorrSide; ++column) {
-            const size_t k = static_cast<size_t>(column) * kCorrSide + static_cast<size_t>(row);
-            const unsigned z_word = z_plane ? load_le16(z_plane + 2 * k) : 0u;
-            set_cell_xyz(corr_cell(table, row, column), load_le16(x_plane + 2 * k) - kCorrHalfRange,
-                         load_le16(y_plane + 2 * k) - kCorrHalfRange, z_word - kCorrHalfRange);
-        }
-    }
+    if (wide_planes_available())
+        decode_word_planes_wide(y_plane, x_plane, z_plane, table);
+    else
+        decode_word_planes_portable(y_plane, x_plane, z_plane, table);
 }
 
 } // namespace

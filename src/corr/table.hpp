@@ -33,6 +33,16 @@ inline double neutral_coordinate(int line) {
     return (line - 32) * 0.015625 * 65535.0;
 }
 
+// neutral_coordinate of every grid line, computed once per use: the
+// loaders that add deltas to the neutral grid read it per cell.
+struct NeutralLines {
+    double line[kCorrSide];
+    NeutralLines() {
+        for (int i = 0; i < kCorrSide; ++i) line[i] = neutral_coordinate(i);
+    }
+    double operator[](int i) const { return line[i]; }
+};
+
 // Sets x, y and z of a cell and leaves its flags.  Loading a table is
 // bound by its stores, so x and y go in one 16-byte store where SSE2 has
 // one: two stores per cell instead of three, the same bytes.
