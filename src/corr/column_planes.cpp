@@ -9,10 +9,7 @@
 #include "corr/table.hpp"
 #include "corr/writers.hpp"
 
-#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
-#include <immintrin.h>
-#define VEXO_WIDE_PLANES 1
-#endif
+#include "corr/wide_cells.hpp"
 
 namespace vexo {
 namespace {
@@ -76,42 +73,9 @@ void decode_word_planes_portable(const uint8_t *y_plane, const uint8_t *x_plane,
                       corr_cell(table, row, column));
 }
 
-#ifdef VEXO_WIDE_PLANES
+#ifdef VEXO_WIDE_CELLS
 
 namespace {
-
-// GCC 12's 512-bit conversion intrinsics start from an undefined register
-// on purpose, which its own uninitialised-use warning then reports.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-
-#define VEXO_WIDE_TARGET __attribute__((target("avx2,avx512f,avx512vl,avx512bw")))
-constexpr int kLanes = 8;
-
-// Cells (row + j, column) for j = 0..7 from x, y and z of the eight: each
-// cell's x, y and z are gathered into one 256-bit half and written with
-// one masked store that leaves the flags alone.
-VEXO_WIDE_TARGET inline void store_column_cells(CorrTable &table, int row, int column, __m512d x,
-                                                __m512d y, __m512d z) {
-    const __m512d xy_low =
-        _mm512_permutex2var_pd(x, _mm512_setr_epi64(0, 8, 1, 9, 2, 10, 3, 11), y);
-    const __m512d xy_high =
-        _mm512_permutex2var_pd(x, _mm512_setr_epi64(4, 12, 5, 13, 6, 14, 7, 15), y);
-    const __m512d pairs[4] = {
-        _mm512_permutex2var_pd(xy_low, _mm512_setr_epi64(0, 1, 8, 0, 2, 3, 9, 0), z),
-        _mm512_permutex2var_pd(xy_low, _mm512_setr_epi64(4, 5, 10, 0, 6, 7, 11, 0), z),
-        _mm512_permutex2var_pd(xy_high, _mm512_setr_epi64(0, 1, 12, 0, 2, 3, 13, 0), z),
-        _mm512_permutex2var_pd(xy_high, _mm512_setr_epi64(4, 5, 14, 0, 6, 7, 15, 0), z),
-    };
-    for (int p = 0; p < 4; ++p) {
-        _mm256_mask_storeu_pd(&corr_cell(table, row + 2 * p, column).x, 0x7,
-                              _mm512_castpd512_pd256(pairs[p]));
-        _mm256_mask_storeu_pd(&corr_cell(table, row + 2 * p + 1, column).x, 0x7,
-                              _mm512_extractf64x4_pd(pairs[p], 1));
-    }
-}
 
 VEXO_WIDE_TARGET inline __m512d kxo_lanes(const uint8_t *p) {
     const __m256i swap = _mm256_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12, 3,
@@ -131,7 +95,7 @@ VEXO_WIDE_TARGET inline __m512d word_lanes(const uint8_t *p) {
 VEXO_WIDE_TARGET void kxo_wide(const uint8_t *x_plane, CorrTable &table) {
     for (int column = 0; column < kCorrSide; ++column) {
         int row = 0;
-        for (; row + kLanes <= kCorrSide; row += kLanes) {
+        for (; row + kWideCells <= kCorrSide; row += kWideCells) {
             const uint8_t *p = x_plane + 4 * plane_index(row, column);
             store_column_cells(table, row, column, kxo_lanes(p), kxo_lanes(p + kKxoPlaneBytes),
                                kxo_lanes(p + 2 * kKxoPlaneBytes));
@@ -146,7 +110,7 @@ VEXO_WIDE_TARGET void words_wide(const uint8_t *y_plane, const uint8_t *x_plane,
     const __m512d no_z = _mm512_set1_pd(0.0 - kCorrHalfRange);
     for (int column = 0; column < kCorrSide; ++column) {
         int row = 0;
-        for (; row + kLanes <= kCorrSide; row += kLanes) {
+        for (; row + kWideCells <= kCorrSide; row += kWideCells) {
             const size_t at = 2 * plane_index(row, column);
             store_column_cells(table, row, column, word_lanes(x_plane + at),
                                word_lanes(y_plane + at), z_plane ? word_lanes(z_plane + at) : no_z);
@@ -159,13 +123,6 @@ VEXO_WIDE_TARGET void words_wide(const uint8_t *y_plane, const uint8_t *x_plane,
 
 } // namespace
 
-bool wide_planes_available() {
-    static const bool available =
-        __builtin_cpu_supports("avx2") && __builtin_cpu_supports("avx512f") &&
-        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512bw");
-    return available;
-}
-
 void decode_kxo_planes_wide(const uint8_t *x_plane, CorrTable &table) {
     kxo_wide(x_plane, table);
 }
@@ -176,10 +133,6 @@ void decode_word_planes_wide(const uint8_t *y_plane, const uint8_t *x_plane, con
 }
 
 #else
-
-bool wide_planes_available() {
-    return false;
-}
 
 void decode_kxo_planes_wide(const uint8_t *x_plane, CorrTable &table) {
     decode_kxo_planes_portable(x_plane, table);

@@ -10,12 +10,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "vexo.h"
+#include "corr/wide_cells.hpp"
 
 namespace vexo {
-
-// True when this processor runs the wide decoders (checked once).
-bool wide_planes_available();
 
 // kxo: three planes of big-endian i32, x then y then z; value / 30000 less
 // the half range.

@@ -32,7 +32,7 @@ uint32_t parse_kxo(ByteSpan file, CorrTable &table, CorrHead &head) {
     head = file.size > 0 ? decode_head(file) : CorrHead{};
     if (file.size < kKxoFileSize) return VEXO_ERROR_READ_FILE;
     const uint8_t *x_plane = file.data + kKxoHeaderSize;
-    if (wide_planes_available())
+    if (wide_cells_available())
         decode_kxo_planes_wide(x_plane, table);
     else
         decode_kxo_planes_portable(x_plane, table);

@@ -16,7 +16,7 @@ constexpr size_t kUcfHeaderBytes = 4;
 
 void apply_word_planes(CorrTable &table, const uint8_t *y_plane, const uint8_t *x_plane,
                        const uint8_t *z_plane) {
-    if (wide_planes_available())
+    if (wide_cells_available())
         decode_word_planes_wide(y_plane, x_plane, z_plane, table);
     else
         decode_word_planes_portable(y_plane, x_plane, z_plane, table);

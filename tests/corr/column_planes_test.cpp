@@ -101,7 +101,7 @@ void check_words(WordDecoder decode, bool with_z) {
 class WidePlanes : public testing::Test {
 protected:
     void SetUp() override {
-        if (!vexo::wide_planes_available()) GTEST_SKIP() << "processor lacks 512-bit registers";
+        if (!vexo::wide_cells_available()) GTEST_SKIP() << "processor lacks 512-bit registers";
     }
 };
 
