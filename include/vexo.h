@@ -1344,13 +1344,13 @@ VEXO_API uint32_t vexo_prcg_start_recogniser2(Recogniser *rec, const ImageBlock 
 
 /* Parameters of vexo_prcg_find_dots (48 bytes on 64-bit hosts). */
 typedef struct PrcgDotParams {
-    uint32_t threshold_kind; /* VEXO_PRCG_THRESHOLD_ value */
-    uint32_t threshold;      /* level 0..254 for VEXO_PRCG_THRESHOLD_FIXED */
-    double min_area;         /* smallest contour area kept, pixels, >= 0 */
-    double max_area;         /* largest contour area kept, pixels; 0: no limit */
-    double min_circularity;  /* 4 pi area / perimeter^2 of the contour, 0..1; 0: any */
-    uint32_t options;        /* VEXO_PRCG_DOTS_ bits */
-    uint32_t reserved;       /* must be 0 */
+    uint32_t threshold_kind;         /* VEXO_PRCG_THRESHOLD_ value */
+    uint32_t threshold;              /* level 0..254 for VEXO_PRCG_THRESHOLD_FIXED */
+    double min_area;                 /* smallest contour area kept, pixels, >= 0 */
+    double max_area;                 /* largest contour area kept, pixels; 0: no limit */
+    double min_circularity;          /* 4 pi area / perimeter^2 of the contour, 0..1; 0: any */
+    uint32_t options;                /* VEXO_PRCG_DOTS_ bits */
+    uint32_t reserved;               /* must be 0 */
     const CalibrationRecord *record; /* read with UNDISTORT or PERSPECTIVE only */
 } PrcgDotParams;
 
@@ -1375,7 +1375,8 @@ typedef struct PrcgDotParams {
  * level above 254, limits negative, not finite or max_area below
  * min_area, circularity outside 0..1, UNDISTORT or PERSPECTIVE without a
  * record, UNDISTORT with a camera matrix or distortion not usable (fx, fy
- * not above 0, a value not finite), PERSPECTIVE with a value not finite.  NULL on every failure, *count 0. */
+ * not above 0, a value not finite), PERSPECTIVE with a value not finite.
+ * NULL on every failure, *count 0. */
 VEXO_API GeomPoint *vexo_prcg_find_dots(const ImageBlock *image, const PrcgDotParams *params,
                                         uint32_t *count, uint32_t *status);
 
