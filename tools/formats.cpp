@@ -47,6 +47,11 @@ std::string bytes_text(size_t n) {
     return std::to_string(n) + " bytes";
 }
 
+// The two labels a .cor file may start with.
+bool cor_label(const std::vector<uint8_t> &b) {
+    return starts_with(b, "JCZ_COR_3") || starts_with(b, "JCZ_COR_2_1");
+}
+
 bool kxo_header(const std::vector<uint8_t> &b) {
     return b.size() >= 4 && b[0] == 0 && b[1] == 1 && b[2] == 0 && b[3] == 12;
 }
@@ -88,7 +93,7 @@ std::string content_mismatch(const FormatSpec &f, const std::vector<uint8_t> &b)
             return bytes_text(n) + " where a kxo file has " + bytes_text(VEXO_KXO_FILE_SIZE);
         return "";
     case VEXO_CORR_FORMAT_CTB:
-        if (kxo_header(b) || starts_with(b, "JCZ_COR")) return "labelled as another format";
+        if (kxo_header(b) || cor_label(b)) return "labelled as another format";
         return n >= 16900 ? "" : bytes_text(n) + " where a ctb file has at least 16900";
     case VEXO_CORR_FORMAT_UCF:
         return n == 16900 || n >= 25354 ? "" : bytes_text(n) + ": neither 16900 nor 25354 or more";
@@ -101,9 +106,9 @@ std::string content_mismatch(const FormatSpec &f, const std::vector<uint8_t> &b)
     case VEXO_CORR_FORMAT_FCR:
         return n >= 65536 ? "" : bytes_text(n) + " where an fcr file has at least 65536";
     case VEXO_CORR_FORMAT_COR:
-        if (starts_with(b, "JCZ_COR_3") || starts_with(b, "JCZ_COR_2_1")) return "";
+        if (cor_label(b)) return "";
         if (kxo_header(b)) return "a kxo header";
-        return n >= 519 + 67600 ? "" : bytes_text(n) + " and no \"JCZ_COR\" label";
+        return n >= 519 + 67600 ? "" : bytes_text(n) + " and no .cor label";
     case VEXO_CORR_FORMAT_XML:
         return contains(b, "<Data") ? "" : "no <Data element";
     case VEXO_CORR_FORMAT_TXT:
@@ -119,7 +124,7 @@ const FormatSpec *format_of_content(const std::vector<uint8_t> &b) {
     uint32_t number = 0;
     if (kxo_header(b) && b.size() == VEXO_KXO_FILE_SIZE)
         number = VEXO_CORR_FORMAT_KXO;
-    else if (starts_with(b, "JCZ_COR_3") || starts_with(b, "JCZ_COR_2_1"))
+    else if (cor_label(b))
         number = VEXO_CORR_FORMAT_COR;
     else if (starts_with(b, "[LMCorrectData]"))
         number = VEXO_CORR_FORMAT_SCOR;

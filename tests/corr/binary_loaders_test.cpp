@@ -168,7 +168,7 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
          grid(factors("JCZ_COR_3", 40, {0, 1}), 65, {0, 1}, kCells, 8, cor_delta, kReal), 100,
          cor(2, -0.5)},
         {"cor plain", vexo::parse_cor,
-         grid(padded("JCZ_COR_", 519), 65, {0, 1}, kCells, 8, cor_delta, kReal), 100, cor(1, 1)},
+         grid(padded("plain", 519), 65, {0, 1}, kCells, 8, cor_delta, kReal), 100, cor(1, 1)},
         // The f64 galvo scale is not applied; the 4-byte zero trailer is optional.
         {"cor JCZ_COR_2_1", vexo::parse_cor,
          grid(factors("JCZ_COR_2_1", 28, {0}), 65, {0, 1}, kCells, 4, cor_int_delta), 4,
@@ -189,7 +189,7 @@ TEST(CorrLoadBinary, KnownValuesFromAnyStartAndEveryTruncationFails) {
             ASSERT_EQ(c.parse({file->data(), file->size()}, t), VEXO_OK);
             for (int k = 0; k < 3 * 4225; ++k)
                 ASSERT_EQ(xyz(t.cell[k / 3])[k % 3u], c.expect(k / 195, k / 3 % 65, k % 3)) << k;
-            if (ByteVec saved(size + 4); c.encode) { // room for a JCZ_COR_2_1 trailer
+            if (ByteVec saved(size + 4); c.encode) { // room for the integer layout's trailer
                 c.encode(t, saved.data());
                 EXPECT_TRUE(std::equal(&c.file[c.from], c.file.data() + size, &saved[c.from]));
             }
