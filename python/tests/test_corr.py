@@ -158,22 +158,11 @@ def test_diff_returns_a_copy():
     assert a.xyz[0, 0, 0] == -32767.5
 
 
-def test_diff_refuses_other_types():
-    with pytest.raises(TypeError):
-        vexo.CorrTable().diff(np.zeros((65, 65, 3)))
-
-
 def test_scale_keeps_the_rim_and_moves_inner_nodes():
     table = vexo.CorrTable().scale(0.9)
     deviation = table.deviation()
     assert abs(deviation[32, 32]).max() == 0.0
     assert abs(deviation[16, 32, 1]) > 0.0, deviation[16, 32]
-
-
-def test_scale_zero_raises_invalid_parameter():
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.CorrTable().scale(0.0)
-    assert (error.value.status, error.value.name) == (16, "VEXO_ERROR_INVALID_PARAMETER")
 
 
 def test_failed_adjustment_leaves_table_unchanged():
@@ -184,59 +173,11 @@ def test_failed_adjustment_leaves_table_unchanged():
     assert bytes(table._record) == before
 
 
-def test_trapezoid_side_beyond_three_raises():
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.CorrTable().trapezoid(4, 1.1)
-    assert error.value.status == 16
-
-
-def test_trapezoid_side_beyond_a_byte_is_not_wrapped():
-    with pytest.raises(ValueError):
-        vexo.CorrTable().trapezoid(256, 1.1)
-
-
 def test_trapezoid_scales_one_side_only():
     table = vexo.CorrTable().trapezoid(0, 1.5)
     deviation = table.deviation()
     assert deviation[64, 0, 0] == pytest.approx(-32767.5 * 0.5), deviation[64, 0]
     assert deviation[0, 0, 0] == 0.0
-
-
-def test_missing_file_raises_open_file(tmp_path):
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.CorrTable.load(tmp_path / "absent.kxo")
-    assert (error.value.status, error.value.name) == (19, "VEXO_ERROR_OPEN_FILE")
-
-
-def test_truncated_file_raises_read_file(corpus, tmp_path):
-    short = tmp_path / "short.kxo"
-    short.write_bytes((corpus / "corr_kxo/table").read_bytes()[:1000])
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.CorrTable.load(short)
-    assert error.value.name == "VEXO_ERROR_READ_FILE"
-
-
-def test_unknown_format_name_raises_value_error(tmp_path):
-    with pytest.raises(ValueError):
-        vexo.CorrTable.load(tmp_path / "x.kxo", "bmp")
-
-
-def test_unknown_format_number_raises_value_error(tmp_path):
-    with pytest.raises(ValueError):
-        vexo.CorrTable.load(tmp_path / "x.kxo", 12)
-
-
-def test_saving_a_read_only_format_raises_unknown_format(tmp_path):
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.CorrTable().save(tmp_path / "t.ucf", "ucf")
-    assert error.value.name == "VEXO_ERROR_UNKNOWN_FORMAT"
-    assert not (tmp_path / "t.ucf").exists()
-
-
-def test_saving_into_missing_folder_raises_open_file(tmp_path):
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.CorrTable().save(tmp_path / "no" / "t.kxo")
-    assert error.value.status == 19
 
 
 def test_lookup_at_nodes_reads_cells_back(corpus):
@@ -263,12 +204,6 @@ def test_inverse_lookup_undoes_forward(corpus):
     assert np.allclose(back, points, atol=1e-6), back - points
 
 
-def test_lookup_with_zero_field_raises():
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.CorrTable().lookup([(0.0, 0.0)], 0.0)
-    assert error.value.status == 16
-
-
 def test_head_angles_follow_the_flat_field_formula():
     e, d = 12.0, 200.0
     head = vexo.HeadGeometry(mirror_gap=e, distance=d, field_size=100.0)
@@ -284,12 +219,6 @@ def test_set_head_keeps_table_within_output_range():
     full_scale = table.set_head(vexo.HeadGeometry(12.0, 200.0, 100.0, focus=True))
     assert abs(table.xyz[:, :, :2]).max() == 32767.5
     assert full_scale > 0.0
-
-
-def test_set_head_refuses_negative_gap():
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.CorrTable().set_head(vexo.HeadGeometry(-1.0, 200.0, 100.0))
-    assert error.value.status == 16
 
 
 def test_interpolate_of_perfect_measurements_is_linear():
@@ -309,8 +238,9 @@ def nominal_grid(n=5, field=100.0):
     return np.array([(x, y) for y in axis for x in axis])
 
 
-def test_from_grid_of_perfect_measurements_is_neutral():
-    grid = nominal_grid()
+@pytest.mark.parametrize("shape", [(25, 2), (5, 5, 2)])
+def test_from_grid_of_perfect_measurements_is_neutral(shape):
+    grid = nominal_grid().reshape(shape)
     assert vexo.CorrTable.from_grid(grid, grid, 100.0) == vexo.CorrTable()
 
 
@@ -330,31 +260,55 @@ def test_from_grid_undoes_a_uniform_shift():
         abs(table.xyz[:, :, 0] - expected).max()
 
 
-def test_from_grid_accepts_n_by_n_by_2_arrays():
-    grid = nominal_grid()
-    table = vexo.CorrTable.from_grid(grid.reshape(5, 5, 2), grid.reshape(5, 5, 2), 100.0)
-    assert table == vexo.CorrTable()
-
-
-def test_from_grid_of_folded_measurement_raises_invalid_data():
-    grid = nominal_grid()
-    folded = grid.copy()
-    folded[[0, 1]] = folded[[1, 0]]
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.CorrTable.from_grid(folded, grid, 100.0)
-    assert error.value.name == "VEXO_ERROR_INVALID_DATA"
-
-
-def test_from_grid_refuses_non_square_count():
-    with pytest.raises(ValueError):
-        vexo.CorrTable.from_grid(np.zeros((6, 2)), np.zeros((6, 2)), 100.0)
-
-
 def test_copy_is_independent():
     a = vexo.CorrTable()
     b = a.copy()
     b.xyz[0, 0, 0] = 1.0
     assert a.xyz[0, 0, 0] == -32767.5
+
+
+def _load_written(path, data):
+    path.write_bytes(data)
+    return vexo.CorrTable.load(path)
+
+
+def _folded_from_grid():
+    grid = nominal_grid()
+    return vexo.CorrTable.from_grid(grid[[1, 0] + list(range(2, 25))], grid, 100.0)
+
+
+# Calls the library refuses: the status it gives, named, and no file left behind.
+@pytest.mark.parametrize("call,status,name", [
+    (lambda tmp: vexo.CorrTable().scale(0.0), 16, "VEXO_ERROR_INVALID_PARAMETER"),
+    (lambda tmp: vexo.CorrTable().trapezoid(4, 1.1), 16, "VEXO_ERROR_INVALID_PARAMETER"),
+    (lambda tmp: vexo.CorrTable().lookup([(0.0, 0.0)], 0.0), 16, "VEXO_ERROR_INVALID_PARAMETER"),
+    (lambda tmp: vexo.CorrTable().set_head(vexo.HeadGeometry(-1.0, 200.0, 100.0)), 16,
+     "VEXO_ERROR_INVALID_PARAMETER"),
+    (lambda tmp: vexo.CorrTable.load(tmp / "absent.kxo"), 19, "VEXO_ERROR_OPEN_FILE"),
+    (lambda tmp: vexo.CorrTable().save(tmp / "no" / "t.kxo"), 19, "VEXO_ERROR_OPEN_FILE"),
+    (lambda tmp: _load_written(tmp / "short.kxo", bytes(1000)), 21, "VEXO_ERROR_READ_FILE"),
+    (lambda tmp: vexo.CorrTable().save(tmp / "t.ucf", "ucf"), 34, "VEXO_ERROR_UNKNOWN_FORMAT"),
+    (lambda tmp: _folded_from_grid(), 7, "VEXO_ERROR_INVALID_DATA"),
+], ids=["scale_zero", "trapezoid_side_4", "lookup_field_0", "negative_gap", "missing_file",
+        "missing_folder", "truncated", "read_only_format", "folded_grid"])
+def test_refused_call_raises_its_status(tmp_path, call, status, name):
+    with pytest.raises(vexo.VexoError) as error:
+        call(tmp_path)
+    assert (error.value.status, error.value.name) == (status, name)
+    assert sorted(p.name for p in tmp_path.iterdir()) in ([], ["short.kxo"])
+
+
+# Arguments the package refuses before calling the library.
+@pytest.mark.parametrize("call,error", [
+    (lambda tmp: vexo.CorrTable().trapezoid(256, 1.1), ValueError),  # not wrapped to a byte
+    (lambda tmp: vexo.CorrTable.load(tmp / "x.kxo", "bmp"), ValueError),
+    (lambda tmp: vexo.CorrTable.load(tmp / "x.kxo", 12), ValueError),
+    (lambda tmp: vexo.CorrTable.from_grid(np.zeros((6, 2)), np.zeros((6, 2)), 100.0), ValueError),
+    (lambda tmp: vexo.CorrTable().diff(np.zeros((65, 65, 3))), TypeError),
+], ids=["trapezoid_side_256", "format_name", "format_number", "non_square_grid", "diff_array"])
+def test_bad_argument_raises_before_the_library(tmp_path, call, error):
+    with pytest.raises(error):
+        call(tmp_path)
 
 
 @pytest.mark.parametrize("kind", ["kxo", "ctb", "cor"])

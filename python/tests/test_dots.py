@@ -26,15 +26,11 @@ def dot_photo(angle=0.0, shape=(300, 400), centre=(200.0, 150.0)):
     return image, np.array(centres)
 
 
-def test_found_centres_are_the_drawn_ones():
+# Light dots on a dark ground, and dark ones on a light ground when asked.
+@pytest.mark.parametrize("dark", [False, True])
+def test_found_centres_are_the_drawn_ones(dark):
     image, centres = dot_photo()
-    dots = vexo.find_dots(image)
-    assert np.allclose(dots[:, :2], centres, rtol=0, atol=1e-9), abs(dots[:, :2] - centres).max()
-
-
-def test_dark_dots_on_light_ground_are_found():
-    image, centres = dot_photo()
-    dots = vexo.find_dots(255 - image, dark=True)
+    dots = vexo.find_dots(255 - image if dark else image, dark=dark)
     assert np.allclose(dots[:, :2], centres, rtol=0, atol=1e-9), abs(dots[:, :2] - centres).max()
 
 
@@ -45,23 +41,20 @@ def test_area_limit_drops_dots():
     assert error.value.name == "VEXO_ERROR_NO_RESULT"
 
 
-def test_circularity_above_one_raises_invalid_parameter():
-    image, _ = dot_photo()
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.find_dots(image, min_circularity=1.5)
-    assert error.value.status == 16
-
-
 def test_scale_dots_with_origin_and_flip():
     dots = np.array([(110.0, 40.0, 4.0), (210.0, 60.0, 8.0)])
     scaled = vexo.scale_dots(dots, 0.5, 0.25, origin=(10.0, 20.0), flip_y=True)
     assert scaled.tolist() == [[50.0, -5.0, 0.5], [100.0, -10.0, 1.0]]
 
 
-def test_scale_dots_refuses_zero_scale():
+@pytest.mark.parametrize("call", [
+    lambda: vexo.find_dots(dot_photo()[0], min_circularity=1.5),
+    lambda: vexo.scale_dots(np.ones((2, 3)), 0.0),
+], ids=["circularity_1.5", "scale_0"])
+def test_refused_call_raises_invalid_parameter(call):
     with pytest.raises(vexo.VexoError) as error:
-        vexo.scale_dots(np.ones((2, 3)), 0.0)
-    assert error.value.status == 16
+        call()
+    assert (error.value.status, error.value.name) == (16, "VEXO_ERROR_INVALID_PARAMETER")
 
 
 def test_unrotate_estimates_grid_rotation():

@@ -46,16 +46,6 @@ def test_two_column_input_gets_zero_z():
     assert np.array_equal(records["z"], np.zeros(4)), records["z"]
 
 
-def test_empty_polyline_is_refused():
-    with pytest.raises(ValueError):
-        records_from_polylines([SQUARE, np.zeros((0, 3))])
-
-
-def test_wrong_column_count_is_refused():
-    with pytest.raises(ValueError):
-        records_from_polylines([np.zeros((3, 4))])
-
-
 def test_circle_equals_library_array(reference):
     centre = np.zeros(1, dtype=POINT_DTYPE)
     centre["x"], centre["y"], centre["z"] = 1.5, -2.0, 0.25
@@ -87,12 +77,6 @@ def test_spiral_runs_from_outer_to_inner_radius():
     assert np.all(np.diff(radii) < 0), np.diff(radii).max()
 
 
-def test_spiral_with_unreachable_radius_raises():
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.spiral(float("nan"), 5.0, 0.5)
-    assert error.value.name == "VEXO_ERROR_NO_RESULT"
-
-
 def test_hatch_equals_library_array(reference):
     rings = [SQUARE * 3.0, SQUARE + 10.0]
     records = records_from_polylines(rings)
@@ -114,12 +98,6 @@ def test_hatch_lines_of_a_square_lie_on_the_spacing():
     lines = vexo.hatch([SQUARE], 2.5)
     heights = sorted(line[0, 1] for line in lines)
     assert heights == [0.0, 2.5, 5.0, 7.5], heights
-
-
-def test_hatch_with_zero_spacing_raises_invalid_parameter():
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.hatch([SQUARE], 0.0)
-    assert error.value.status == 16
 
 
 def test_hatch_of_nothing_covered_is_empty():
@@ -158,22 +136,15 @@ def test_point_in_polygon_inside_and_outside():
             vexo.geometry.point_in_polygon((15, 5), SQUARE)) == (True, False)
 
 
+# Union, difference and a mitred outline of the squares, by their areas.
 @pytest.mark.parametrize("engine", ["clip", "clip2"])
-def test_union_area(engine):
-    result = vexo.union([SQUARE], [SHIFTED], engine=engine)
-    assert [area(r) for r in result] == [175.0]
-
-
-@pytest.mark.parametrize("engine", ["clip", "clip2"])
-def test_difference_area(engine):
-    result = vexo.difference([SQUARE], [SHIFTED], engine=engine)
-    assert [area(r) for r in result] == [75.0]
-
-
-@pytest.mark.parametrize("engine", ["clip", "clip2"])
-def test_miter_outline_grows_square(engine):
-    result = vexo.outline([SQUARE], 1.0, join="miter", engine=engine)
-    assert [area(r) for r in result] == [144.0]
+@pytest.mark.parametrize("operation,areas", [
+    (lambda e: vexo.union([SQUARE], [SHIFTED], engine=e), [175.0]),
+    (lambda e: vexo.difference([SQUARE], [SHIFTED], engine=e), [75.0]),
+    (lambda e: vexo.outline([SQUARE], 1.0, join="miter", engine=e), [144.0]),
+], ids=["union", "difference", "miter_outline"])
+def test_clip_result_areas(engine, operation, areas):
+    assert [area(r) for r in operation(engine)] == areas
 
 
 def test_results_are_closed_rings():
@@ -202,27 +173,6 @@ def test_last_ring_keeps_its_last_vertex():
     triangle = np.array([(0.0, 0.0), (10.0, 0.0), (0.0, 10.0)])
     result = vexo.union([triangle], [triangle + 100.0])
     assert sorted(area(r) for r in result) == [50.0, 50.0]
-
-
-def test_clip_refuses_unknown_engine():
-    with pytest.raises(ValueError):
-        vexo.union([SQUARE], [SHIFTED], engine="clip3")
-
-
-def test_outline_refuses_unknown_join():
-    with pytest.raises(ValueError):
-        vexo.outline([SQUARE], 1.0, join="bevel")
-
-
-def test_outline_with_infinite_distance_raises():
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.outline([SQUARE], float("inf"))
-    assert error.value.status == 16
-
-
-def test_union_with_coordinate_off_grid_raises():
-    with pytest.raises(vexo.VexoError):
-        vexo.union([SQUARE], [SQUARE * 1e300])
 
 
 def test_close_polygons_appends_first_point():
@@ -284,6 +234,27 @@ def test_rotate_axis_about_z_equals_rotate_z():
     assert np.allclose(m, turned, atol=1e-12), m - turned
 
 
-def test_matrix_of_wrong_shape_is_refused():
+# Arguments the package refuses before calling the library.
+@pytest.mark.parametrize("call", [
+    lambda: records_from_polylines([SQUARE, np.zeros((0, 3))]),
+    lambda: records_from_polylines([np.zeros((3, 4))]),
+    lambda: vexo.union([SQUARE], [SHIFTED], engine="clip3"),
+    lambda: vexo.outline([SQUARE], 1.0, join="bevel"),
+    lambda: vexo.translate(np.eye(3), 1.0, 1.0),
+], ids=["empty_polyline", "four_columns", "engine", "join", "matrix_shape"])
+def test_bad_argument_raises_value_error(call):
     with pytest.raises(ValueError):
-        vexo.translate(np.eye(3), 1.0, 1.0)
+        call()
+
+
+# Calls the library refuses, with the status it gives.
+@pytest.mark.parametrize("call,name", [
+    (lambda: vexo.spiral(float("nan"), 5.0, 0.5), "VEXO_ERROR_NO_RESULT"),
+    (lambda: vexo.hatch([SQUARE], 0.0), "VEXO_ERROR_INVALID_PARAMETER"),
+    (lambda: vexo.outline([SQUARE], float("inf")), "VEXO_ERROR_INVALID_PARAMETER"),
+    (lambda: vexo.union([SQUARE], [SQUARE * 1e300]), "VEXO_ERROR_INVALID_PARAMETER"),
+], ids=["spiral_nan", "hatch_spacing_0", "outline_inf", "union_off_grid"])
+def test_refused_call_raises_its_status(call, name):
+    with pytest.raises(vexo.VexoError) as error:
+        call()
+    assert error.value.name == name

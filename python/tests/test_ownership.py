@@ -46,8 +46,11 @@ def test_buffer_released_once_however_often_asked(release_log):
     assert release_log == [address]
 
 
-def test_returned_array_released_once(release_log):
-    vexo.circle(3.0, steps=16)
+@pytest.mark.parametrize("call", [lambda: vexo.circle(3.0, steps=16),
+                                  lambda: vexo.close_polygons([OPEN_RING], 0.1)],
+                         ids=["circle", "close_polygons"])
+def test_returned_array_released_once(release_log, call):
+    call()
     assert len(release_log) == 1, release_log
 
 
@@ -65,11 +68,6 @@ def test_failed_call_returning_null_releases_nothing(release_log):
     with pytest.raises(vexo.VexoError):
         vexo.hatch([SQUARE], -1.0)
     assert release_log == []
-
-
-def test_close_polygons_success_releases_result_once(release_log):
-    vexo.close_polygons([OPEN_RING], 0.1)
-    assert len(release_log) == 1, release_log
 
 
 def test_close_polygons_freed_input_is_not_released_again(release_log):

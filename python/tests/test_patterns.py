@@ -17,12 +17,11 @@ def xs(polylines):
     return [p[:, 0].tolist() for p in polylines]
 
 
-def test_dots_every_pitch_from_the_start():
-    assert xs(vexo.dots([LINE], 3.0)) == [[0.0], [3.0], [6.0], [9.0]]
-
-
-def test_dots_with_phase_start_later():
-    assert xs(vexo.dots([LINE], 3.0, phase=1.0)) == [[1.0], [4.0], [7.0], [10.0]]
+# Every pitch from the start, or from the phase on.
+@pytest.mark.parametrize("phase,starts", [(0.0, [0.0, 3.0, 6.0, 9.0]),
+                                          (1.0, [1.0, 4.0, 7.0, 10.0])])
+def test_dots_every_pitch_from_the_phase(phase, starts):
+    assert xs(vexo.dots([LINE], 3.0, phase=phase)) == [[x] for x in starts]
 
 
 def test_fitted_dots_hit_both_ends():
@@ -61,40 +60,18 @@ def test_circle_dots_have_the_shape_radius():
     assert radii == [[0.5] * 16] * 3
 
 
-def test_dot_shape_radius_below_zero_is_refused():
-    with pytest.raises(ValueError):
-        vexo.dot_shape(-1.0)
-
-
-def test_dots_with_zero_pitch_raise_invalid_parameter():
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.dots([LINE], 0.0)
-    assert error.value.status == 16
-
-
-def test_dashes_on_off():
-    assert xs(vexo.dashes([LINE], [2.0, 1.0])) == [[0.0, 2.0], [3.0, 5.0], [6.0, 8.0],
-                                                    [9.0, 10.0]]
-
-
-def test_odd_dash_count_repeats_once():
-    assert xs(vexo.dashes([LINE], [2.0])) == [[0.0, 2.0], [4.0, 6.0], [8.0, 10.0]]
+# On, off, on...; an odd count of entries is repeated once to make it even.
+@pytest.mark.parametrize("pattern,pieces", [
+    ([2.0, 1.0], [[0.0, 2.0], [3.0, 5.0], [6.0, 8.0], [9.0, 10.0]]),
+    ([2.0], [[0.0, 2.0], [4.0, 6.0], [8.0, 10.0]]),
+])
+def test_dashes_on_off(pattern, pieces):
+    assert xs(vexo.dashes([LINE], pattern)) == pieces
 
 
 def test_dash_keeps_the_vertex_inside_it():
     pieces = vexo.dashes([BENT], [7.0, 100.0])
     assert pieces[0][1].tolist() == [3.0, 4.0, 1.0], pieces[0]
-
-
-def test_seventeen_dash_entries_are_refused():
-    with pytest.raises(ValueError):
-        vexo.dashes([LINE], [1.0] * 17)
-
-
-def test_negative_dash_entry_raises_invalid_parameter():
-    with pytest.raises(vexo.VexoError) as error:
-        vexo.dashes([LINE], [1.0, -1.0])
-    assert error.value.status == 16
 
 
 def test_inner_part_rect_cuts_at_the_bounds():
@@ -103,11 +80,6 @@ def test_inner_part_rect_cuts_at_the_bounds():
 
 def test_slice_band_keeps_band_with_overlap():
     assert xs(vexo.slice_band([LINE], 1, 4.0, overlap=0.5)) == [[3.5, 8.5]]
-
-
-def test_slice_band_refuses_unknown_axis():
-    with pytest.raises(ValueError):
-        vexo.slice_band([LINE], 0, 4.0, axis="z")
 
 
 def test_reduce_drops_close_points_keeps_ends():
@@ -120,3 +92,23 @@ def test_smoothen_averages_with_smoothed_predecessor():
     y = vexo.smoothen([zigzag], 5.0)[0][:, 1]
     # (0 + 1 + 0) / 3, then (1/3 + 0 + 1) / 3; the triple holding the end stays.
     assert np.allclose(y, [0.0, 1 / 3, 4 / 9, 1.0, 0.0], rtol=0, atol=1e-15), y
+
+
+@pytest.mark.parametrize("call", [
+    lambda: vexo.dot_shape(-1.0),
+    lambda: vexo.dashes([LINE], [1.0] * 17),
+    lambda: vexo.slice_band([LINE], 0, 4.0, axis="z"),
+], ids=["dot_radius", "seventeen_dashes", "band_axis"])
+def test_bad_argument_raises_value_error(call):
+    with pytest.raises(ValueError):
+        call()
+
+
+@pytest.mark.parametrize("call", [
+    lambda: vexo.dots([LINE], 0.0),
+    lambda: vexo.dashes([LINE], [1.0, -1.0]),
+], ids=["dot_pitch_0", "negative_dash"])
+def test_refused_call_raises_invalid_parameter(call):
+    with pytest.raises(vexo.VexoError) as error:
+        call()
+    assert (error.value.status, error.value.name) == (16, "VEXO_ERROR_INVALID_PARAMETER")
