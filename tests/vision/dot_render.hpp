@@ -71,6 +71,20 @@ inline cv::Mat render(int width, int height, const std::vector<Disc> &discs,
 
 using PointsPtr = vexo_test::Points;
 
+// RMS distance from each found dot to the nearest true centre (anything
+// with x and y: discs, points).
+template <class Centre>
+double centre_rms(const GeomPoint *found, uint32_t count, const std::vector<Centre> &truth) {
+    double sum = 0;
+    for (uint32_t k = 0; k < count; ++k) {
+        double best = 1e300;
+        for (const Centre &c : truth)
+            best = std::min(best, std::hypot(found[k].x - c.x, found[k].y - c.y));
+        sum += best * best;
+    }
+    return std::sqrt(sum / count);
+}
+
 // Otsu's level, areas 20..2000 pixels, circularity from 0.75: what the
 // rendered dots of these tests (radius 3.6 to 10 pixels) pass and two
 // merged ones do not.

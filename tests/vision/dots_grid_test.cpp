@@ -37,20 +37,15 @@ std::vector<GeomPoint> shuffled(std::vector<GeomPoint> g) {
     return g;
 }
 
-TEST(DotsScale, ExplicitOriginScalesEachAxis) {
-    std::vector<GeomPoint> d{point(110, 220, 4, 1)};
-    const double origin[2] = {100, 200};
-    ASSERT_EQ(vexo_prcg_scale_dots(d.data(), 1, 0.5, 0.25, origin, 0), VEXO_OK);
-    EXPECT_EQ(vexo_test::xyz(d[0]), (vexo_test::Xyz{5.0, 5.0, 0.5}));
-    EXPECT_EQ(d[0].flags, 1u);
-}
-
-TEST(DotsScale, FlipNegatesYAfterScaling) {
-    std::vector<GeomPoint> d{point(110, 220)};
-    const double origin[2] = {100, 200};
-    ASSERT_EQ(vexo_prcg_scale_dots(d.data(), 1, 0.5, 0.25, origin, VEXO_PRCG_SCALE_FLIP_Y),
-              VEXO_OK);
-    EXPECT_EQ(d[0].y, -5.0);
+// Each axis scaled from the origin, y negated after scaling on request.
+TEST(DotsScale, ExplicitOriginScalesEachAxisThenFlips) {
+    for (const uint32_t options : {0u, uint32_t(VEXO_PRCG_SCALE_FLIP_Y)}) {
+        std::vector<GeomPoint> d{point(110, 220, 4, 1)};
+        const double origin[2] = {100, 200};
+        ASSERT_EQ(vexo_prcg_scale_dots(d.data(), 1, 0.5, 0.25, origin, options), VEXO_OK);
+        EXPECT_EQ(vexo_test::xyz(d[0]), (vexo_test::Xyz{5.0, options ? -5.0 : 5.0, 0.5}));
+        EXPECT_EQ(d[0].flags, 1u);
+    }
 }
 
 TEST(DotsScale, AreaScalesByTheMagnitudeOfBothScales) {
@@ -68,18 +63,25 @@ TEST(DotsScale, NoOriginTakesTheDotNearestTheMean) {
                 testing::ElementsAre(-3.0, 0.0, 6.0, 3.0));
 }
 
-TEST(DotsScale, ZeroScaleIsRefusedAndNothingMoves) {
+// Zero scale, an unknown option, a NaN origin, no dots: refused, nothing moved.
+TEST(DotsScale, BadArgumentsAreRefusedAndNothingMoves) {
     std::vector<GeomPoint> d{point(7, 8)};
-    EXPECT_EQ(vexo_prcg_scale_dots(d.data(), 1, 0, 1, nullptr, 0), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(d[0].x, 7.0);
-}
-
-TEST(DotsScale, UnknownOptionAndNanOriginAreRefused) {
-    std::vector<GeomPoint> d{point(7, 8)};
-    const double origin[2] = {NAN, 0};
-    EXPECT_EQ(vexo_prcg_scale_dots(d.data(), 1, 1, 1, nullptr, 2), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(vexo_prcg_scale_dots(d.data(), 1, 1, 1, origin, 0), VEXO_ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(vexo_prcg_scale_dots(nullptr, 1, 1, 1, nullptr, 0), VEXO_ERROR_INVALID_PARAMETER);
+    const double nan_origin[2] = {NAN, 0};
+    const struct {
+        GeomPoint *dots;
+        double scale_x;
+        const double *origin;
+        uint32_t options;
+    } cases[] = {{d.data(), 0, nullptr, 0},
+                 {d.data(), 1, nullptr, 2},
+                 {d.data(), 1, nan_origin, 0},
+                 {nullptr, 1, nullptr, 0}};
+    for (const auto &c : cases) {
+        EXPECT_EQ(vexo_prcg_scale_dots(c.dots, 1, c.scale_x, 1, c.origin, c.options),
+                  VEXO_ERROR_INVALID_PARAMETER)
+            << &c - cases;
+        EXPECT_EQ(vexo_test::xyz(d[0]), (vexo_test::Xyz{7, 8, 0})) << &c - cases;
+    }
 }
 
 TEST(DotsUnrotate, GivenRotationTurnsBackAboutTheOrigin) {
@@ -92,25 +94,20 @@ TEST(DotsUnrotate, GivenRotationTurnsBackAboutTheOrigin) {
     EXPECT_EQ(rotation, 90.0);
 }
 
+// Exact grids turned by `turn`: the estimate is the turn modulo 90 degrees,
+// in -45..45, with its sign.
 TEST(DotsUnrotate, EstimatesTheRotationOfAnExactGrid) {
-    auto d = turned_grid(6, 3.7);
-    double rotation = 0;
-    ASSERT_EQ(vexo_prcg_unrotate_dots(d.data(), uint32_t(d.size()), 0, &rotation, 0), VEXO_OK);
-    EXPECT_NEAR(rotation, 3.7, 1e-6);
-}
-
-TEST(DotsUnrotate, EstimateIsModuloNinetyDegrees) {
-    auto d = turned_grid(5, 93.7 - 180);
-    double rotation = 0;
-    ASSERT_EQ(vexo_prcg_unrotate_dots(d.data(), uint32_t(d.size()), 0, &rotation, 0), VEXO_OK);
-    EXPECT_NEAR(rotation, 3.7, 1e-6);
-}
-
-TEST(DotsUnrotate, NegativeRotationIsEstimatedWithItsSign) {
-    auto d = turned_grid(5, -12);
-    double rotation = 0;
-    ASSERT_EQ(vexo_prcg_unrotate_dots(d.data(), uint32_t(d.size()), 0, &rotation, 0), VEXO_OK);
-    EXPECT_NEAR(rotation, -12, 1e-6);
+    const struct {
+        uint32_t n;
+        double turn, estimate;
+    } cases[] = {{6, 3.7, 3.7}, {5, 93.7 - 180, 3.7}, {5, -12, -12}};
+    for (const auto &c : cases) {
+        auto d = turned_grid(c.n, c.turn);
+        double rotation = 0;
+        ASSERT_EQ(vexo_prcg_unrotate_dots(d.data(), uint32_t(d.size()), 0, &rotation, 0), VEXO_OK)
+            << c.turn;
+        EXPECT_NEAR(rotation, c.estimate, 1e-6) << c.turn;
+    }
 }
 
 TEST(DotsUnrotate, SortPutsShuffledDotsInGridOrder) {
@@ -124,32 +121,31 @@ TEST(DotsUnrotate, SortPutsShuffledDotsInGridOrder) {
     EXPECT_LT(worst, 1e-9);
 }
 
-TEST(DotsUnrotate, MissingDotIsNoResultAndLeavesEverything) {
-    auto d = shuffled(turned_grid(4, 2));
-    d.pop_back();
-    const auto before = d;
-    double rotation = 77;
-    EXPECT_EQ(vexo_prcg_unrotate_dots(d.data(), 15, 4, &rotation, VEXO_PRCG_SORT_GRID),
-              VEXO_ERROR_NO_RESULT);
-    EXPECT_EQ(std::memcmp(d.data(), before.data(), 15 * sizeof(GeomPoint)), 0);
-    EXPECT_EQ(rotation, 77.0);
-}
-
-TEST(DotsUnrotate, ExtraDotIsInvalidData) {
-    auto d = turned_grid(4, 2);
-    d.push_back(point(3, 3));
-    double rotation = 0;
-    EXPECT_EQ(vexo_prcg_unrotate_dots(d.data(), 17, 4, &rotation, VEXO_PRCG_SORT_GRID),
-              VEXO_ERROR_INVALID_DATA);
-}
-
-TEST(DotsUnrotate, MovedDotThatBreaksTheRowsIsInvalidData) {
-    // Sixteen dots, but the last row's last dot sits in a fifth row.
-    auto d = turned_grid(4, 0);
-    d[15].y += 10;
-    double rotation = 0;
-    EXPECT_EQ(vexo_prcg_unrotate_dots(d.data(), 16, 4, &rotation, VEXO_PRCG_SORT_GRID),
-              VEXO_ERROR_INVALID_DATA);
+// A 4 x 4 grid sorted with a dot missing, one extra, or the last one moved
+// into a fifth row: the status says which, and nothing changes.
+TEST(DotsUnrotate, GridThatIsNotNByNIsRefusedAndLeavesEverything) {
+    auto missing = shuffled(turned_grid(4, 2)), extra = turned_grid(4, 2),
+         moved = turned_grid(4, 0);
+    missing.pop_back();
+    extra.push_back(point(3, 3));
+    moved[15].y += 10;
+    const struct {
+        const char *name;
+        std::vector<GeomPoint> &dots;
+        uint32_t status;
+    } cases[] = {{"missing", missing, VEXO_ERROR_NO_RESULT},
+                 {"extra", extra, VEXO_ERROR_INVALID_DATA},
+                 {"moved", moved, VEXO_ERROR_INVALID_DATA}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto before = c.dots;
+        double rotation = 77;
+        EXPECT_EQ(vexo_prcg_unrotate_dots(c.dots.data(), uint32_t(c.dots.size()), 4, &rotation,
+                                          VEXO_PRCG_SORT_GRID),
+                  c.status);
+        EXPECT_EQ(std::memcmp(c.dots.data(), before.data(), before.size() * sizeof(GeomPoint)), 0);
+        EXPECT_EQ(rotation, 77.0);
+    }
 }
 
 TEST(DotsUnrotate, OneDotCannotBeEstimated) {

@@ -41,9 +41,11 @@ constexpr int32_t sift_word(int octave, int layer) {
     return int32_t((uint32_t(uint8_t(int8_t(octave)))) | (uint32_t(layer) << 8));
 }
 
-bool creates(const std::vector<PatternKeypoint> &kps, uint32_t options) {
-    const RecogniserPtr rec(vexo_prcg_create_recogniser(kps.data(), int32_t(kps.size()), options,
-                                                        reference().block(), 0, 0));
+Frame &oversized();
+
+bool creates(const std::vector<PatternKeypoint> &kps, uint32_t options, Frame &ref = reference()) {
+    const RecogniserPtr rec(
+        vexo_prcg_create_recogniser(kps.data(), int32_t(kps.size()), options, ref.block(), 0, 0));
     return rec != nullptr;
 }
 
@@ -63,25 +65,54 @@ TEST(KeypointCheck, MostNegativeFieldsAreRefusedByEveryDetector) {
         EXPECT_FALSE(creates(kps, options)) << options;
 }
 
-class KeypointSize : public ::testing::TestWithParam<uint32_t> {
-protected:
-    // An octave each detector accepts.
-    int32_t octave() const { return GetParam() == RECOGNISER_SIFT ? sift_word(0, 1) : 0; }
-};
-
-TEST_P(KeypointSize, OnePixelIsTheSmallestAccepted) {
-    EXPECT_TRUE(creates(row_of(1000, octave()), GetParam()));
-    EXPECT_FALSE(creates(row_of(999, octave()), GetParam()));
-    EXPECT_FALSE(creates(row_of(-1000, octave()), GetParam()));
+// Sizes and octave words each detector accepts at their limits, a row of
+// twelve keypoints at a time.
+TEST(KeypointCheck, SizeAndOctaveRangesOfEachDetector) {
+    // 160 x 120: log2(120) = 6.91 rounds to 7, so SIFT octaves -1 .. 5 (the
+    // doubled image, then 120, 60, 30, 15, 8 and 4 pixels high).
+    ASSERT_EQ(5, vexo::sift_max_octave(cv::Size(kWidth, kHeight)));
+    constexpr uint32_t sift = RECOGNISER_SIFT, surf = RECOGNISER_SURF, orb = RECOGNISER_ORB;
+    const struct {
+        const char *why;
+        uint32_t detector;
+        int32_t size, octave;
+        bool accepted;
+    } cases[] = {
+        // One pixel is the smallest size for every detector.
+        {"sift 1 px", sift, 1000, sift_word(0, 1), true},
+        {"sift 0.999 px", sift, 999, sift_word(0, 1), false},
+        {"sift -1 px", sift, -1000, sift_word(0, 1), false},
+        {"surf 1 px", surf, 1000, 0, true},
+        {"surf 0.999 px", surf, 999, 0, false},
+        {"surf -1 px", surf, -1000, 0, false},
+        {"orb 1 px", orb, 1000, 0, true},
+        {"orb 0.999 px", orb, 999, 0, false},
+        {"orb -1 px", orb, -1000, 0, false},
+        // SIFT octaves: 2 px in octave -1 is 4 px there; 100 px in octave 5 is 3.125 px.
+        {"sift octave -1", sift, 2000, sift_word(-1, 1), true},
+        {"sift octave 5", sift, 100000, sift_word(5, 3), true},
+        {"sift octave 6", sift, 100000, sift_word(6, 1), false},
+        {"sift octave -2", sift, 2000, sift_word(-2, 1), false},
+        // SIFT layers 1 .. 3.
+        {"sift layer 0", sift, 4000, sift_word(0, 0), false},
+        {"sift layer 3", sift, 4000, sift_word(0, 3), true},
+        {"sift layer 4", sift, 4000, sift_word(0, 4), false},
+        {"sift layer 255", sift, 4000, sift_word(0, 255), false},
+        // SIFT sizes in their own octave: octave 2 divides by 4, so 4 px is 1 px there.
+        {"sift octave 2, 4 px", sift, 4000, sift_word(2, 1), true},
+        {"sift octave 2, 3.999 px", sift, 3999, sift_word(2, 1), false},
+        {"sift octave 2, 256 px", sift, 256000, sift_word(2, 1), true},
+        {"sift octave 2, 256.004 px", sift, 256004, sift_word(2, 1), false},
+        // ORB names one of its eight levels; SURF ignores the octave.
+        {"orb level 7", orb, 31000, 7, true},
+        {"orb level 8", orb, 31000, 8, false},
+        {"orb level -1", orb, 31000, -1, false},
+        {"surf octave min", surf, 4000, INT32_MIN, true},
+        {"surf octave max", surf, 4000, INT32_MAX, true},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(c.accepted, creates(row_of(c.size, c.octave), c.detector)) << c.why;
 }
-
-INSTANTIATE_TEST_SUITE_P(Detectors, KeypointSize,
-                         ::testing::Values(RECOGNISER_SIFT, RECOGNISER_SURF, RECOGNISER_ORB),
-                         [](const ::testing::TestParamInfo<uint32_t> &info) {
-                             return info.param == RECOGNISER_SIFT   ? std::string("Sift")
-                                    : info.param == RECOGNISER_SURF ? std::string("Surf")
-                                                                    : std::string("Orb");
-                         });
 
 TEST(KeypointCheck, OneBadKeypointRefusesTheWholeSet) {
     auto kps = row_of(4000, sift_word(0, 1));
@@ -105,32 +136,6 @@ TEST(KeypointCheck, PositionMustLieInsideTheReference) {
             << c.x << ", " << c.y;
 }
 
-TEST(KeypointCheck, SiftOctavesFromMinusOneToTheSmallestPyramidLevel) {
-    // 160 x 120: log2(120) = 6.91 rounds to 7, so octaves -1 .. 5 (the
-    // doubled image, then 120, 60, 30, 15, 8 and 4 pixels high).
-    EXPECT_EQ(5, vexo::sift_max_octave(cv::Size(kWidth, kHeight)));
-    // 2 px in octave -1 is 4 px there; 100 px in octave 5 is 3.125 px.
-    EXPECT_TRUE(creates(row_of(2000, sift_word(-1, 1)), RECOGNISER_SIFT));
-    EXPECT_TRUE(creates(row_of(100000, sift_word(5, 3)), RECOGNISER_SIFT));
-    EXPECT_FALSE(creates(row_of(100000, sift_word(6, 1)), RECOGNISER_SIFT));
-    EXPECT_FALSE(creates(row_of(2000, sift_word(-2, 1)), RECOGNISER_SIFT));
-}
-
-TEST(KeypointCheck, SiftLayerFromOneToThree) {
-    EXPECT_FALSE(creates(row_of(4000, sift_word(0, 0)), RECOGNISER_SIFT));
-    EXPECT_TRUE(creates(row_of(4000, sift_word(0, 3)), RECOGNISER_SIFT));
-    EXPECT_FALSE(creates(row_of(4000, sift_word(0, 4)), RECOGNISER_SIFT));
-    EXPECT_FALSE(creates(row_of(4000, sift_word(0, 255)), RECOGNISER_SIFT));
-}
-
-TEST(KeypointCheck, SiftSizeMeasuredInItsOwnOctave) {
-    // Octave 2 divides by 4: 4 px is 1 px there, 256 px is 64 px.
-    EXPECT_TRUE(creates(row_of(4000, sift_word(2, 1)), RECOGNISER_SIFT));
-    EXPECT_FALSE(creates(row_of(3999, sift_word(2, 1)), RECOGNISER_SIFT));
-    EXPECT_TRUE(creates(row_of(256000, sift_word(2, 1)), RECOGNISER_SIFT));
-    EXPECT_FALSE(creates(row_of(256004, sift_word(2, 1)), RECOGNISER_SIFT));
-}
-
 TEST(KeypointCheck, SiftAngleWithinOneTurn) {
     // row_of gives 45 degrees; SIFT's orientation bins wrap by one turn only.
     const auto with_angle = [](int32_t angle) {
@@ -143,17 +148,6 @@ TEST(KeypointCheck, SiftAngleWithinOneTurn) {
     EXPECT_FALSE(creates(with_angle(-1), RECOGNISER_SIFT));
     EXPECT_FALSE(creates(with_angle(360001), RECOGNISER_SIFT));
     EXPECT_FALSE(creates(with_angle(654311501), RECOGNISER_SIFT));
-}
-
-TEST(KeypointCheck, OrbOctaveNamesOneOfEightLevels) {
-    EXPECT_TRUE(creates(row_of(31000, 7), RECOGNISER_ORB));
-    EXPECT_FALSE(creates(row_of(31000, 8), RECOGNISER_ORB));
-    EXPECT_FALSE(creates(row_of(31000, -1), RECOGNISER_ORB));
-}
-
-TEST(KeypointCheck, SurfIgnoresTheOctave) {
-    EXPECT_TRUE(creates(row_of(4000, INT32_MIN), RECOGNISER_SURF));
-    EXPECT_TRUE(creates(row_of(4000, INT32_MAX), RECOGNISER_SURF));
 }
 
 TEST(KeypointCheck, NonFiniteFieldsAreRefused) {
@@ -209,32 +203,23 @@ TEST(VisionBudget, UnusableBlocksAreNotCountedAgainstIt) {
     EXPECT_FALSE(vexo::exceeds_vision_budget(nullptr));
 }
 
-TEST(VisionBudget, KeypointGenerationRefusesLargerFrames) {
+// Teaching, creating a recogniser, recognising and chessboard calibration
+// all refuse a frame above the budget.
+TEST(VisionBudget, EveryEntryRefusesLargerFrames) {
     int32_t count = 5;
     uint32_t options = 0;
     EXPECT_EQ(nullptr,
               vexo_prcg_gen_keypoints(oversized().block(), &count, &options, 0, 0, 100, 100));
     EXPECT_EQ(-1, count);
-}
 
-TEST(VisionBudget, RecogniserCreationRefusesLargerReferences) {
     const auto kps = row_of(4000, 0);
-    const RecogniserPtr rec(
-        vexo_prcg_create_recogniser(kps.data(), 12, RECOGNISER_SURF, oversized().block(), 0, 0));
-    EXPECT_EQ(nullptr, rec.get());
-}
-
-TEST(VisionBudget, RecognitionRefusesLargerFrames) {
-    const auto kps = row_of(4000, 0);
+    EXPECT_FALSE(creates(kps, RECOGNISER_SURF, oversized()));
     const RecogniserPtr rec(
         vexo_prcg_create_recogniser(kps.data(), 12, RECOGNISER_SURF, reference().block(), 0, 0));
     ASSERT_NE(nullptr, rec.get());
     EXPECT_EQ(int64_t(VEXO_ERROR_NO_MEMORY), vt::bare_status(rec.get(), oversized().block()));
-}
 
-TEST(VisionBudget, ChessboardCalibrationRefusesLargerFrames) {
-    CalibrationRecord record;
-    std::memset(&record, 0, sizeof record);
+    CalibrationRecord record{};
     int32_t found = -1;
     EXPECT_EQ(nullptr, vexo_calib_gen_correction(oversized().block(), 9, 6, &record, &found));
     EXPECT_EQ(0, found);

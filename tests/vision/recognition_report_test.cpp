@@ -37,15 +37,14 @@ Recogniser bare_recogniser(std::vector<cv::Point2f> points, int32_t ox, int32_t 
     return rec;
 }
 
-TEST(PatternBox, SpansTheFinitePositionsOnly) {
-    const Recogniser rec = bare_recogniser({{10, 20}, {50, 5}, {NAN, 900}, {30, INFINITY}}, 0, 0);
-    const cv::Rect2d box = vexo::pattern_box(rec.pattern_keypoints);
-    EXPECT_EQ(cv::Rect2d(10, 5, 40, 15), box);
-}
-
-TEST(PatternBox, OneKeypointGivesAOnePixelSquareAroundIt) {
-    const Recogniser rec = bare_recogniser({{7, 9}}, 0, 0);
-    EXPECT_EQ(cv::Rect2d(6.5, 8.5, 1, 1), vexo::pattern_box(rec.pattern_keypoints));
+// The box spans the finite positions only; one keypoint gives a one-pixel
+// square around it.
+TEST(PatternBox, SpansTheFinitePositionsOrOnePixel) {
+    const Recogniser several =
+        bare_recogniser({{10, 20}, {50, 5}, {NAN, 900}, {30, INFINITY}}, 0, 0);
+    EXPECT_EQ(cv::Rect2d(10, 5, 40, 15), vexo::pattern_box(several.pattern_keypoints));
+    const Recogniser one = bare_recogniser({{7, 9}}, 0, 0);
+    EXPECT_EQ(cv::Rect2d(6.5, 8.5, 1, 1), vexo::pattern_box(one.pattern_keypoints));
 }
 
 TEST(MapBox, CornersClockwiseFromTopLeft) {
@@ -75,35 +74,29 @@ TEST(KeepsOrientation, TurnedAndTaperedBoxesPass) {
     EXPECT_TRUE(vexo::keeps_orientation(tapered));
 }
 
-TEST(KeepsOrientation, MirroredBoxFails) {
-    const Corners mirrored{{{10, 0}, {0, 0}, {0, 10}, {10, 10}}};
-    EXPECT_FALSE(vexo::keeps_orientation(mirrored));
+TEST(KeepsOrientation, MirroredFoldedOrCollapsedBoxFails) {
+    const std::pair<const char *, Corners> cases[] = {
+        {"mirrored", {{{10, 0}, {0, 0}, {0, 10}, {10, 10}}}},
+        {"bow tie", {{{0, 0}, {10, 0}, {0, 10}, {10, 10}}}},
+        {"dented", {{{0, 0}, {10, 0}, {3, 3}, {0, 10}}}},
+        {"collapsed", {{{0, 0}, {10, 0}, {20, 0}, {5, 0}}}}};
+    for (const auto &[name, corners] : cases)
+        EXPECT_FALSE(vexo::keeps_orientation(corners)) << name;
 }
 
-TEST(KeepsOrientation, FoldedBoxFails) {
-    const Corners bow_tie{{{0, 0}, {10, 0}, {0, 10}, {10, 10}}};
-    const Corners dented{{{0, 0}, {10, 0}, {3, 3}, {0, 10}}};
-    EXPECT_FALSE(vexo::keeps_orientation(bow_tie));
-    EXPECT_FALSE(vexo::keeps_orientation(dented));
-}
-
-TEST(KeepsOrientation, CollapsedBoxFails) {
-    const Corners flat{{{0, 0}, {10, 0}, {20, 0}, {5, 0}}};
-    EXPECT_FALSE(vexo::keeps_orientation(flat));
-}
-
-TEST(LinearScale, IsTheSideRatioOfASimilarity) {
-    const cv::Rect2d box(3, 4, 40, 25);
-    Corners q;
-    ASSERT_TRUE(vexo::map_box(similarity(37, 1.75, -20, 300), box, &q));
-    EXPECT_NEAR(1.75, vexo::linear_scale(q, box), 1e-12);
-}
-
-TEST(LinearScale, IsTheGeometricMeanOfUnequalStretches) {
-    const cv::Rect2d box(0, 0, 10, 10);
-    Corners q;
-    ASSERT_TRUE(vexo::map_box({2, 0, 0, 0, 8, 0, 0, 0, 1}, box, &q));
-    EXPECT_NEAR(4.0, vexo::linear_scale(q, box), 1e-12);
+// The side ratio of a similarity; the geometric mean of unequal stretches.
+TEST(LinearScale, IsTheGeometricMeanOfTheStretches) {
+    const struct {
+        H h;
+        cv::Rect2d box;
+        double scale;
+    } cases[] = {{similarity(37, 1.75, -20, 300), {3, 4, 40, 25}, 1.75},
+                 {{2, 0, 0, 0, 8, 0, 0, 0, 1}, {0, 0, 10, 10}, 4.0}};
+    for (const auto &c : cases) {
+        Corners q;
+        ASSERT_TRUE(vexo::map_box(c.h, c.box, &q));
+        EXPECT_NEAR(c.scale, vexo::linear_scale(q, c.box), 1e-12);
+    }
 }
 
 // Pairs related by a known homography, and every fifth frame point thrown far off.
@@ -179,28 +172,23 @@ TEST(PlacePattern, DividesThePositionByW) {
     EXPECT_DOUBLE_EQ(55.0, r.y);
 }
 
-TEST(PlacePattern, RefusesAMirroredPlacement) {
-    RecognitionReport r{};
-    const H mirror{-1, 0, 200, 0, 1, 50, 0, 0, 1};
-    EXPECT_EQ(VEXO_ERROR_NO_RESULT, vexo::place_pattern(kPatternRec, mirror, {320, 240}, &r));
-}
-
-TEST(PlacePattern, RefusesAPlacementAcrossTheHorizon) {
-    // Strong perspective with the horizon inside the box (w = 1 - x / 70):
-    // the far side would fold back over the near one.
-    RecognitionReport r{};
-    const H fold{1, 0, 0, 0, 1, 0, -1.0 / 70, 0, 1};
-    EXPECT_EQ(VEXO_ERROR_NO_RESULT, vexo::place_pattern(kPatternRec, fold, {320, 240}, &r));
-}
-
-TEST(PlacePattern, RefusesACentreOutsideTheFrame) {
-    // Box centre (70, 40) lands at (70 + tx, 40): inside for tx 250, outside for 251.
-    RecognitionReport r{};
-    EXPECT_EQ(VEXO_OK, vexo::place_pattern(kPatternRec, similarity(0, 1, 250, 0), {320, 240}, &r));
-    EXPECT_EQ(VEXO_ERROR_NO_RESULT,
-              vexo::place_pattern(kPatternRec, similarity(0, 1, 251, 0), {320, 240}, &r));
-    EXPECT_EQ(VEXO_ERROR_NO_RESULT,
-              vexo::place_pattern(kPatternRec, similarity(0, 1, 0, -41), {320, 240}, &r));
+// Placements no camera sees: mirrored; across the horizon (w = 1 - x / 70
+// inside the box, so the far side folds back over the near one); the box
+// centre (70, 40), landing at (70 + tx, 40 + ty), outside the frame.
+TEST(PlacePattern, RefusesPlacementsNoCameraSees) {
+    const struct {
+        const char *name;
+        H h;
+        uint32_t status;
+    } cases[] = {{"mirrored", {-1, 0, 200, 0, 1, 50, 0, 0, 1}, VEXO_ERROR_NO_RESULT},
+                 {"horizon", {1, 0, 0, 0, 1, 0, -1.0 / 70, 0, 1}, VEXO_ERROR_NO_RESULT},
+                 {"centre at the right edge", similarity(0, 1, 250, 0), VEXO_OK},
+                 {"centre past the right edge", similarity(0, 1, 251, 0), VEXO_ERROR_NO_RESULT},
+                 {"centre above the top", similarity(0, 1, 0, -41), VEXO_ERROR_NO_RESULT}};
+    for (const auto &c : cases) {
+        RecognitionReport r{};
+        EXPECT_EQ(c.status, vexo::place_pattern(kPatternRec, c.h, {320, 240}, &r)) << c.name;
+    }
 }
 
 TEST(StartRecogniser2, NullReportIsRefused) {
