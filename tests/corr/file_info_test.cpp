@@ -55,28 +55,24 @@ Loaded load(const std::string &path, uint32_t format = 0) {
 
 } // namespace
 
+// The scale goes to its offset with its flag; without it a scale in the
+// record is not meant and 0 is written.  A load reads the field either way.
 TEST(CorrFileInfo, CorScaleIsWrittenAtItsOffsetAndReadBack) {
-    CorrFileInfo info{};
-    info.flags = VEXO_CORR_INFO_SCALE;
-    info.scale = 595.781818;
-    const std::string path = scratch_path("scale.cor");
-    const CorrTable t = neutral_table();
-    ASSERT_EQ(vexo_corr_save_ex(&t, path.c_str(), VEXO_CORR_FORMAT_COR, &info), VEXO_OK);
-    EXPECT_EQ(le_f64(file_bytes(path), 28), 595.781818);
-    Loaded l = load(path);
-    EXPECT_EQ(l.status, VEXO_OK);
-    EXPECT_EQ(l.info.format, VEXO_CORR_FORMAT_COR);
-    EXPECT_EQ(l.info.flags, VEXO_CORR_INFO_SCALE | VEXO_CORR_INFO_NO_Z);
-    EXPECT_EQ(l.info.scale, 595.781818);
-}
-
-TEST(CorrFileInfo, CorWithoutScaleFlagWritesZero) {
-    CorrFileInfo info{};
-    info.scale = 123.0; // no VEXO_CORR_INFO_SCALE: not meant
-    const std::string path = scratch_path("noscale.cor");
-    const CorrTable t = neutral_table();
-    ASSERT_EQ(vexo_corr_save_ex(&t, path.c_str(), VEXO_CORR_FORMAT_COR, &info), VEXO_OK);
-    EXPECT_EQ(le_f64(file_bytes(path), 28), 0.0);
+    for (const uint32_t flags : {uint32_t(VEXO_CORR_INFO_SCALE), 0u}) {
+        CorrFileInfo info{};
+        info.flags = flags;
+        info.scale = 595.781818;
+        const std::string path = scratch_path("scale.cor");
+        const CorrTable t = neutral_table();
+        ASSERT_EQ(vexo_corr_save_ex(&t, path.c_str(), VEXO_CORR_FORMAT_COR, &info), VEXO_OK);
+        const double written = flags ? 595.781818 : 0.0;
+        EXPECT_EQ(le_f64(file_bytes(path), 28), written);
+        Loaded l = load(path);
+        EXPECT_EQ(l.status, VEXO_OK);
+        EXPECT_EQ(l.info.format, VEXO_CORR_FORMAT_COR);
+        EXPECT_EQ(l.info.flags, VEXO_CORR_INFO_SCALE | VEXO_CORR_INFO_NO_Z);
+        EXPECT_EQ(l.info.scale, written);
+    }
 }
 
 TEST(CorrFileInfo, CorFactorsOfTheFactorLayout) {
@@ -154,21 +150,24 @@ TEST(CorrFileInfo, KxoHeaderInRecordLibraryHeaderUntouched) {
     EXPECT_EQ(global.value, 0xAAAA0001u);
 }
 
-TEST(CorrFileInfo, UcfHasZOnlyInTheLongForm) {
-    Loaded shortform = load(scratch_file("short.ucf", text(ctb_with({}))));
-    Loaded longform = load(scratch_file("long.ucf", std::string(4 + 25350, '\x01')));
-    EXPECT_EQ(shortform.info.flags, VEXO_CORR_INFO_NO_Z);
-    EXPECT_EQ(longform.info.flags, 0u);
-}
-
-TEST(CorrFileInfo, XmlHasZOnlyWithZList) {
+// ucf has z only in its long form, xml only with a z list.
+TEST(CorrFileInfo, NoZFlagForFormsWithoutZ) {
     std::string list;
     for (int i = 0; i < 4225; ++i) list += "0,";
-    const std::string head = "<Data><x-axis>" + list + "</x-axis><y-axis>" + list + "</y-axis>";
-    Loaded flat = load(scratch_file("flat.xml", head + "</Data>"));
-    Loaded with_z = load(scratch_file("z.xml", head + "<z-axis>" + list + "</z-axis></Data>"));
-    EXPECT_EQ(flat.info.flags, VEXO_CORR_INFO_NO_Z);
-    EXPECT_EQ(with_z.info.flags, 0u);
+    const std::string xml = "<Data><x-axis>" + list + "</x-axis><y-axis>" + list + "</y-axis>";
+    const struct {
+        const char *name;
+        std::string bytes;
+        uint32_t flags;
+    } cases[] = {{"short.ucf", text(ctb_with({})), VEXO_CORR_INFO_NO_Z},
+                 {"long.ucf", std::string(4 + 25350, '\x01'), 0},
+                 {"flat.xml", xml + "</Data>", VEXO_CORR_INFO_NO_Z},
+                 {"z.xml", xml + "<z-axis>" + list + "</z-axis></Data>", 0}};
+    for (const auto &c : cases) {
+        const Loaded l = load(scratch_file(c.name, c.bytes));
+        EXPECT_EQ(l.status, VEXO_OK) << c.name;
+        EXPECT_EQ(l.info.flags, c.flags) << c.name;
+    }
 }
 
 TEST(CorrFileInfo, FailedLoadKeepsOnlyTheFormat) {

@@ -51,6 +51,19 @@ inline CorrTable neutral_table() {
     return t;
 }
 
+// A head record of these sizes, mm (reserved bytes zero).
+inline CorrBase head(double gap, double distance, double field, double focal = 0,
+                     uint32_t options = 0) {
+    CorrBase h;
+    std::memset(&h, 0, sizeof h);
+    h.mirror_gap = gap;
+    h.distance = distance;
+    h.field_size = field;
+    h.focal_length = focal;
+    h.options = options;
+    return h;
+}
+
 inline bool same(const CorrTable &a, const CorrTable &b) {
     return same_bytes(a, b);
 }

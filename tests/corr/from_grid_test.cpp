@@ -32,21 +32,21 @@ int first_difference(const CorrTable &a, const CorrTable &b) {
 }
 
 TEST(CorrFromGrid, PerfectMeasurementGivesTheNeutralTableExactly) {
-    const auto nominal = nominal_grid(7, 13.3);
-    CorrTable table, neutral;
+    const struct {
+        uint32_t n;
+        double pitch, field;
+    } cases[] = {{7, 13.3, 100}, {2, 40, 60}};
+    CorrTable neutral;
     vexo_corr_set_neutral(&neutral);
-    std::memset(&table, 0x5a, sizeof table);
-    ASSERT_EQ(vexo_corr_from_grid(7, nominal.data(), nominal.data(), 100, nullptr, &table),
-              VEXO_OK);
-    EXPECT_EQ(first_difference(table, neutral), -1);
-}
-
-TEST(CorrFromGrid, PerfectTwoByTwoMeasurementGivesTheNeutralTableExactly) {
-    const auto nominal = nominal_grid(2, 40);
-    CorrTable table, neutral;
-    vexo_corr_set_neutral(&neutral);
-    ASSERT_EQ(vexo_corr_from_grid(2, nominal.data(), nominal.data(), 60, nullptr, &table), VEXO_OK);
-    EXPECT_EQ(first_difference(table, neutral), -1);
+    for (const auto &c : cases) {
+        const auto nominal = nominal_grid(c.n, c.pitch);
+        CorrTable table;
+        std::memset(&table, 0x5a, sizeof table);
+        ASSERT_EQ(
+            vexo_corr_from_grid(c.n, nominal.data(), nominal.data(), c.field, nullptr, &table),
+            VEXO_OK);
+        EXPECT_EQ(first_difference(table, neutral), -1) << c.n;
+    }
 }
 
 TEST(CorrFromGrid, PerfectMeasurementReturnsTheBaseBitForBit) {
@@ -67,47 +67,36 @@ TEST(CorrFromGrid, FlagsStayAsTheTableHadThem) {
     EXPECT_EQ(table.cell[1234].flags, 0xabcdu);
 }
 
-TEST(CorrFromGrid, UniformShiftMovesEveryNodeAgainstIt) {
-    // Marks landed 0.5 mm right and 0.25 mm low: every node must be driven
-    // to the neutral output of (x - 0.5, y + 0.25).
-    const auto nominal = nominal_grid(5, 20);
-    auto measured = nominal;
-    for (auto &p : measured) p.x += 0.5, p.y -= 0.25;
-    CorrTable table;
-    ASSERT_EQ(vexo_corr_from_grid(5, measured.data(), nominal.data(), 100, nullptr, &table),
-              VEXO_OK);
+// Marks landed at (x, y) * scale + shift: a node is driven to the neutral
+// output of where its mark must be aimed (65535 / 100 units a mm).
+TEST(CorrFromGrid, KnownDistortionsAreUndoneAtTheirNodes) {
+    const struct {
+        const char *why;
+        uint32_t n;
+        double pitch, scale, shift_x, shift_y;
+        int row, column;
+        double x, y, tolerance; // the node's aim, mm; output units
+    } cases[] = {
+        // 0.5 mm right, 0.25 mm low: node (28.125, -34.375) aims against it.
+        {"uniform shift", 5, 20, 1, 0.5, -0.25, 10, 50, 28.125 - 0.5, -34.375 + 0.25, 1e-7},
+        // 2 % further out: inside the grid a node at q aims at q / 1.02.
+        {"scaled inside", 6, 18, 1.02, 0, 0, 20, 45, 20.3125 / 1.02, -18.75 / 1.02, 1e-6},
+        // The grid spans +-20 mm: the corner node (-50, -50) keeps the error
+        // of the grid's corner (-20, -20), -0.4 in each axis.
+        {"held beyond the grid", 3, 20, 1.02, 0, 0, 0, 0, -50 + 0.4, -50 + 0.4, 1e-7},
+    };
     const double unit = 65535.0 / 100;
-    // Node (row 10, column 50): field (28.125, -34.375) mm.
-    EXPECT_NEAR(table.cell[10 * 65 + 50].x, (28.125 - 0.5) * unit, 1e-7);
-    EXPECT_NEAR(table.cell[10 * 65 + 50].y, (-34.375 + 0.25) * unit, 1e-7);
-}
-
-TEST(CorrFromGrid, ScaledFieldIsUndoneInsideTheGrid) {
-    // Marks land 2 % further out: a node at q needs the output of q / 1.02.
-    const auto nominal = nominal_grid(6, 18);
-    auto measured = nominal;
-    for (auto &p : measured) p.x *= 1.02, p.y *= 1.02;
-    CorrTable table;
-    ASSERT_EQ(vexo_corr_from_grid(6, measured.data(), nominal.data(), 100, nullptr, &table),
-              VEXO_OK);
-    const double unit = 65535.0 / 100;
-    // Node (row 20, column 45): field (20.3125, -18.75) mm, inside the grid.
-    EXPECT_NEAR(table.cell[20 * 65 + 45].x, 20.3125 / 1.02 * unit, 1e-6);
-    EXPECT_NEAR(table.cell[20 * 65 + 45].y, -18.75 / 1.02 * unit, 1e-6);
-}
-
-TEST(CorrFromGrid, ErrorIsHeldAtItsEdgeValueBeyondTheGrid) {
-    // Grid spans +-20 mm of a 100 mm field; the corner node (-50, -50)
-    // takes the error of the grid's corner (-20, -20), which is -0.4, -0.4.
-    const auto nominal = nominal_grid(3, 20);
-    auto measured = nominal;
-    for (auto &p : measured) p.x *= 1.02, p.y *= 1.02;
-    CorrTable table;
-    ASSERT_EQ(vexo_corr_from_grid(3, measured.data(), nominal.data(), 100, nullptr, &table),
-              VEXO_OK);
-    const double unit = 65535.0 / 100;
-    EXPECT_NEAR(table.cell[0].x, (-50 + 0.4) * unit, 1e-7);
-    EXPECT_NEAR(table.cell[0].y, (-50 + 0.4) * unit, 1e-7);
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.why);
+        const auto nominal = nominal_grid(c.n, c.pitch);
+        auto measured = nominal;
+        for (auto &p : measured) p.x = p.x * c.scale + c.shift_x, p.y = p.y * c.scale + c.shift_y;
+        CorrTable table;
+        ASSERT_EQ(vexo_corr_from_grid(c.n, measured.data(), nominal.data(), 100, nullptr, &table),
+                  VEXO_OK);
+        EXPECT_NEAR(table.cell[c.row * 65 + c.column].x, c.x * unit, c.tolerance);
+        EXPECT_NEAR(table.cell[c.row * 65 + c.column].y, c.y * unit, c.tolerance);
+    }
 }
 
 TEST(CorrFromGrid, MeasuredMarksAreDrivenWhereTheirNominalsWere) {
@@ -151,42 +140,31 @@ TEST(CorrFromGrid, TableMayBeItsOwnBase) {
     EXPECT_EQ(first_difference(separate, same), -1);
 }
 
-// Status and whether the table stayed, for marks at `factor` (x, y) times
-// their nominal places.
-uint32_t from_stretched_grid(double fx, double fy, bool &untouched) {
+// Marks at (fx x, fy y) of their nominal places: mirrored or folded is
+// invalid data, beyond twice the spacing does not settle, just below does;
+// a refused measurement leaves the table.
+TEST(CorrFromGrid, StretchedMeasurementsSettleOnlyBelowTwiceTheSpacing) {
+    const struct {
+        double fx, fy;
+        uint32_t status;
+    } cases[] = {{-2, 1, VEXO_ERROR_INVALID_DATA},
+                 {1, -0.5, VEXO_ERROR_INVALID_DATA},
+                 {2.5, 1, VEXO_ERROR_NUMERIC},
+                 {1.9, 1.9, VEXO_OK}};
     const auto nominal = nominal_grid(3, 30);
-    auto measured = nominal;
-    for (auto &p : measured) p.x *= fx, p.y *= fy;
-    CorrTable table, before;
-    vexo_corr_set_neutral(&table);
-    before = table;
-    const uint32_t status =
-        vexo_corr_from_grid(3, measured.data(), nominal.data(), 100, nullptr, &table);
-    untouched = std::memcmp(&table, &before, sizeof table) == 0;
-    return status;
-}
-
-TEST(CorrFromGrid, MirroredMeasurementIsInvalidDataAndLeavesTheTable) {
-    bool untouched = false;
-    EXPECT_EQ(from_stretched_grid(-2, 1, untouched), VEXO_ERROR_INVALID_DATA);
-    EXPECT_TRUE(untouched);
-}
-
-TEST(CorrFromGrid, ColumnFoldIsInvalidData) {
-    bool untouched = false;
-    EXPECT_EQ(from_stretched_grid(1, -0.5, untouched), VEXO_ERROR_INVALID_DATA);
-    EXPECT_TRUE(untouched);
-}
-
-TEST(CorrFromGrid, MeasurementBeyondTwiceTheSpacingDoesNotSettle) {
-    bool untouched = false;
-    EXPECT_EQ(from_stretched_grid(2.5, 1, untouched), VEXO_ERROR_NUMERIC);
-    EXPECT_TRUE(untouched);
-}
-
-TEST(CorrFromGrid, MeasurementJustBelowTwiceTheSpacingSettles) {
-    bool untouched = true;
-    EXPECT_EQ(from_stretched_grid(1.9, 1.9, untouched), VEXO_OK);
+    for (const auto &c : cases) {
+        SCOPED_TRACE(testing::Message() << c.fx << " x, " << c.fy << " y");
+        auto measured = nominal;
+        for (auto &p : measured) p.x *= c.fx, p.y *= c.fy;
+        CorrTable table, before;
+        vexo_corr_set_neutral(&table);
+        before = table;
+        EXPECT_EQ(vexo_corr_from_grid(3, measured.data(), nominal.data(), 100, nullptr, &table),
+                  c.status);
+        if (c.status != VEXO_OK) {
+            EXPECT_EQ(std::memcmp(&table, &before, sizeof table), 0);
+        }
+    }
 }
 
 struct BadGrid {

@@ -80,17 +80,6 @@ Trace trace(const CorrBase &h, double mirror_x_deg, double mirror_y_deg) {
     return {spot.x, spot.y, length(on_y - on_x) + length(spot - on_y)};
 }
 
-CorrBase head(double gap, double distance, double field, double focal = 0, uint32_t options = 0) {
-    CorrBase h;
-    std::memset(&h, 0, sizeof h);
-    h.mirror_gap = gap;
-    h.distance = distance;
-    h.field_size = field;
-    h.focal_length = focal;
-    h.options = options;
-    return h;
-}
-
 // A flat-field head with a short throw, an f-theta head, a wide-angle one.
 const CorrBase kHeads[] = {head(15, 180, 120), head(13, 0, 110, 163), head(10, 60, 150),
                            head(22, 35, 70, 100)};

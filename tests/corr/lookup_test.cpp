@@ -9,19 +9,10 @@ using namespace vexo_test;
 namespace {
 
 CorrBase flat_head() {
-    CorrBase h;
-    std::memset(&h, 0, sizeof h);
-    h.mirror_gap = 15;
-    h.distance = 180;
-    h.field_size = 120;
-    return h;
+    return head(15, 180, 120);
 }
-
 CorrBase ftheta_head() {
-    CorrBase h = flat_head();
-    h.field_size = 110;
-    h.focal_length = 163;
-    return h;
+    return head(15, 180, 110, 163);
 }
 
 CorrTable table_of(const CorrBase &h) {
