@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: MIT
+// MD5, runtime data (also against a hostile file system: a FIFO in place
+// of a file, a disk that fills up while a blob is replaced) and entity types.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <numeric>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "file_faults.hpp"
 #include "util/data_folder.hpp"
 #include "util/md5.hpp"
 #include "vexo.h"
@@ -19,6 +24,7 @@ namespace {
 constexpr uint32_t kBad = VEXO_ERROR_INVALID_PARAMETER, kNoFile = VEXO_ERROR_FILE_ACCESS;
 constexpr uint32_t kShort = VEXO_ERROR_READ_FILE;
 const std::string kEmptyKey = ".D41D8CD98F00B204E9800998ECF8427E"; // MD5 of no bytes
+const std::string kBlob = "blob.8CE4B16B22B58894AA86C421E8759DF3"; // "blob", key "k"
 
 const uint8_t *bytes(const std::string &s) {
     return reinterpret_cast<const uint8_t *>(s.data());
@@ -148,6 +154,28 @@ TEST_F(RuntimeData, FailuresRefusalsAndFolderFallbacks) {
     EXPECT_TRUE(fs::exists(expected + "pen" + kEmptyKey));
     setenv("XDG_DATA_HOME", (home.string() + "/").c_str(), 1); // no doubled separator
     EXPECT_EQ(vexo::runtime_data_folder(false), file("").string());
+}
+
+TEST_F(RuntimeData, FifoInPlaceOfTheFileIsRefusedAtOnce) {
+    ASSERT_EQ(VEXO_OK, save("blob", "k", "x")); // makes the folder
+    fs::remove(file(kBlob));
+    ASSERT_EQ(0, mkfifo(file(kBlob).c_str(), 0600));
+    const vexo_test::Watchdog watchdog(20);
+    EXPECT_EQ(load("blob", "k", 4), Loaded(kNoFile, "####"));
+}
+
+TEST_F(RuntimeData, FullDiskKeepsTheOldBlob) {
+    const std::string old_blob(1000, 'a'), new_blob(20000, 'b');
+    ASSERT_EQ(VEXO_OK, save("blob", "k", old_blob));
+    uint32_t status;
+    {
+        const vexo_test::FileSizeLimit full(8192);
+        status = save("blob", "k", new_blob);
+    }
+    EXPECT_EQ(VEXO_ERROR_WRITE_FILE, status);
+    const std::vector<char> kept = vexo_test::file_bytes(file(kBlob));
+    EXPECT_EQ(old_blob, std::string(kept.begin(), kept.end()));
+    EXPECT_EQ(std::set<std::string>{kBlob}, vexo_test::folder_names(file("")));
 }
 
 TEST(EntityTypes, GroupAndImageSets) {
