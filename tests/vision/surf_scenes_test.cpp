@@ -19,24 +19,6 @@ struct Turn {
     double angle, scale;
 };
 
-class SurfTurned : public testing::TestWithParam<Turn> {};
-
-// vexo_prcg_start_recogniser (least squares over every match), on the pattern turned
-// (counter-clockwise on screen) over a slightly noisy frame.
-TEST_P(SurfTurned, PlainStartFindsPositionAndRotation) {
-    const vt::TaughtPattern t(RECOGNISER_SURF | kBoth);
-    ASSERT_NE(nullptr, t.rec);
-    const cv::Matx23d a = vt::placement(t.pattern.size(), GetParam().angle, 1.0, {165, 118});
-    RecognitionResult got{};
-    vexo_prcg_start_recogniser(t.rec.get(), vt::Frame(vt::scene(77, t.pattern, a)).block(), &got);
-    ASSERT_EQ(int32_t(VEXO_OK), got.status);
-    EXPECT_NEAR(t.truth(a).x, got.x, 2.0);
-    EXPECT_NEAR(t.truth(a).y, got.y, 2.0);
-    EXPECT_NEAR(GetParam().angle, got.rotation, 2.0);
-}
-
-INSTANTIATE_TEST_SUITE_P(Turns, SurfTurned, testing::Values(Turn{30, 1}, Turn{-45, 1}));
-
 class SurfScaled : public testing::TestWithParam<Turn> {};
 
 TEST_P(SurfScaled, RobustStartFindsPositionRotationAndScale) {
