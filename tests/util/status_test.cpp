@@ -97,11 +97,8 @@ TEST(StatusText, OpenFileSaysTheFileCouldNotBeOpened) {
 
 class StatusUnknown : public ::testing::TestWithParam<uint32_t> {};
 
-TEST_P(StatusUnknown, NameIsTheUnknownMarker) {
+TEST_P(StatusUnknown, NameAndTextSayUnknown) {
     EXPECT_STREQ(vexo_util_status_name(GetParam()), "VEXO_STATUS_UNKNOWN");
-}
-
-TEST_P(StatusUnknown, TextSaysUnknown) {
     EXPECT_STREQ(vexo_util_status_text(GetParam()), "unknown status");
 }
 
