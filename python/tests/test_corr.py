@@ -76,21 +76,18 @@ def test_save_matches_library_writer_byte_for_byte(corpus, reference, tmp_path, 
     assert ours.read_bytes() == theirs.read_bytes()
 
 
-def test_save_kxo_carries_loaded_header(corpus, reference, tmp_path):
-    table = vexo.CorrTable.load(corpus / "corr_kxo/table", "kxo")
-    table.save(tmp_path / "out.kxo")
-    reference.load(corpus / "corr_kxo/table", FORMATS["kxo"])
-    head = reference.head()
-    reference.save(bytes(table._record), tmp_path / "ref.kxo", "kxo", head=head)
-    assert (tmp_path / "out.kxo").read_bytes() == (tmp_path / "ref.kxo").read_bytes()
-
-
-def test_save_cor_carries_loaded_scale(corpus, reference, tmp_path):
-    table = vexo.CorrTable.load(corpus / "corr_cor/integer_marker", "cor")
-    assert table.info.scale == 1000.0
-    table.save(tmp_path / "out.cor")
-    reference.save(bytes(table._record), tmp_path / "ref.cor", "cor", scale=1000.0)
-    assert (tmp_path / "out.cor").read_bytes() == (tmp_path / "ref.cor").read_bytes()
+# A save writes what the load read beside the grid: the kxo header as the
+# library's load left it, the cor sample's scale of 1000.
+@pytest.mark.parametrize("kind,sample,extra", [
+    ("kxo", "corr_kxo/table", lambda reference: {"head": reference.head()}),
+    ("cor", "corr_cor/integer_marker", lambda reference: {"scale": 1000.0}),
+], ids=["kxo_header", "cor_scale"])
+def test_save_carries_what_the_load_read(corpus, reference, tmp_path, kind, sample, extra):
+    table = vexo.CorrTable.load(corpus / sample, kind)
+    table.save(tmp_path / f"out.{kind}")
+    reference.load(corpus / sample, FORMATS[kind])
+    reference.save(bytes(table._record), tmp_path / f"ref.{kind}", kind, **extra(reference))
+    assert (tmp_path / f"out.{kind}").read_bytes() == (tmp_path / f"ref.{kind}").read_bytes()
 
 
 def test_ctb_trailer_survives_round_trip(corpus, tmp_path):
