@@ -194,26 +194,20 @@ def test_identity():
     assert np.array_equal(vexo.identity(), np.eye(4))
 
 
-def test_translate_moves_points():
-    m = vexo.translate(vexo.identity(), 1.0, 2.0, 3.0)
-    assert vexo.transform(m, [(1.0, 1.0, 1.0)]).tolist() == [[2.0, 3.0, 4.0]]
-
-
-def test_scale_then_translate_applies_in_that_order():
-    m = vexo.translate(vexo.scale(vexo.identity(), 2.0, 3.0), 1.0, 1.0)
-    assert vexo.transform(m, [(1.0, 1.0)]).tolist() == [[3.0, 4.0, 0.0]]
-
-
-def test_rotate_z_by_90_turns_x_axis_clockwise():
-    m = vexo.rotate(vexo.identity(), az=90.0)
-    out = vexo.transform(m, [(1.0, 0.0)])[0]
-    assert np.allclose(out, (0.0, -1.0, 0.0), atol=1e-7), out
-
-
-def test_rotate_about_centre_keeps_centre():
-    m = vexo.rotate(vexo.identity(), az=37.0, centre=(3.0, 4.0, 0.0))
-    out = vexo.transform(m, [(3.0, 4.0)])[0]
-    assert np.allclose(out, (3.0, 4.0, 0.0), atol=1e-12), out
+# A point through a matrix: translation, scaling then translation in that
+# order, a quarter turn about z (x axis clockwise), a turn about a centre
+# that keeps the centre.
+@pytest.mark.parametrize("matrix,point,expected,tolerance", [
+    (lambda: vexo.translate(vexo.identity(), 1.0, 2.0, 3.0), (1.0, 1.0, 1.0), (2.0, 3.0, 4.0), 0),
+    (lambda: vexo.translate(vexo.scale(vexo.identity(), 2.0, 3.0), 1.0, 1.0), (1.0, 1.0),
+     (3.0, 4.0, 0.0), 0),
+    (lambda: vexo.rotate(vexo.identity(), az=90.0), (1.0, 0.0), (0.0, -1.0, 0.0), 1e-7),
+    (lambda: vexo.rotate(vexo.identity(), az=37.0, centre=(3.0, 4.0, 0.0)), (3.0, 4.0),
+     (3.0, 4.0, 0.0), 1e-12),
+], ids=["translate", "scale_then_translate", "rotate_z_90", "rotate_about_centre"])
+def test_transform_moves_a_point(matrix, point, expected, tolerance):
+    out = vexo.transform(matrix(), [point])[0]
+    assert np.allclose(out, expected, rtol=0, atol=tolerance), out
 
 
 def test_multiply_equals_matrix_product():
