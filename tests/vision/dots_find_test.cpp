@@ -95,12 +95,17 @@ TEST(DotsFind, DotsComeInGrowingY) {
     EXPECT_THAT(ys, testing::ElementsAre(50.0, 52.0, 148.0, 150.0));
 }
 
-TEST(DotsFind, DarkDotsWithoutTheDarkOptionGiveNoResult) {
-    // The light ground becomes one huge contour with holes: too large.
-    Frame f(vt::render(400, 320, scattered_grid(), vt::Look{215, 35}));
-    const Found got = find(f.block(), vt::dot_params());
-    EXPECT_EQ(got.status, VEXO_ERROR_NO_RESULT);
-    EXPECT_EQ(got.points, nullptr);
+// No dot passes in an empty image, nor in one of dark dots without the
+// dark option (the light ground becomes one huge contour with holes).
+TEST(DotsFind, NoDotPassingGivesNoResultAndCountZero) {
+    Frame empty(cv::Mat(120, 160, CV_8UC1, cv::Scalar(90)));
+    Frame dark(vt::render(400, 320, scattered_grid(), vt::Look{215, 35}));
+    for (Frame *f : {&empty, &dark}) {
+        const Found got = find(f->block(), vt::dot_params());
+        EXPECT_EQ(got.status, VEXO_ERROR_NO_RESULT);
+        EXPECT_EQ(got.count, 0u);
+        EXPECT_EQ(got.points, nullptr);
+    }
 }
 
 // Two overlapping discs make one blob: dropped by the circularity limit,
@@ -115,14 +120,6 @@ TEST(DotsFind, MergedDotsPassOnlyWithoutShapeLimits) {
         ASSERT_EQ(got.count, limits ? 1u : 2u);
         EXPECT_NEAR(got.points.get()[got.count - 1].x, limits ? 40 : 126.5, 0.05);
     }
-}
-
-TEST(DotsFind, EmptyImageGivesNoResultAndCountZero) {
-    Frame f(cv::Mat(120, 160, CV_8UC1, cv::Scalar(90)));
-    const Found got = find(f.block(), vt::dot_params());
-    EXPECT_EQ(got.status, VEXO_ERROR_NO_RESULT);
-    EXPECT_EQ(got.count, 0u);
-    EXPECT_EQ(got.points, nullptr);
 }
 
 TEST(DotsFind, RgbImageGivesTheSameDotsAsItsGreyTwin) {
@@ -180,17 +177,17 @@ TEST(DotsFind, AreaLimitsAreInclusiveBounds) {
     EXPECT_EQ(find(f.block(), p).status, VEXO_ERROR_NO_RESULT);
 }
 
-TEST(DotsFind, FrameAboveThePixelBudgetIsRefused) {
-    Frame f(cv::Mat(4, 4, CV_8UC1, cv::Scalar(0)));
-    f.set_size(4096, 2049); // one row beyond 2^23 pixels; nothing is read
-    const Found got = find(f.block(), vt::dot_params());
-    EXPECT_EQ(got.status, VEXO_ERROR_NO_MEMORY);
-    EXPECT_EQ(got.count, 0u);
-}
-
-TEST(DotsFind, NullImageIsNoMemory) {
-    const Found got = find(nullptr, vt::dot_params());
-    EXPECT_EQ(got.status, VEXO_ERROR_NO_MEMORY);
+// No image, or a frame above the pixel budget (one row beyond 2^23
+// pixels; nothing is read): no memory.
+TEST(DotsFind, NoImageOrFrameAboveThePixelBudgetIsNoMemory) {
+    Frame over(cv::Mat(4, 4, CV_8UC1, cv::Scalar(0)));
+    over.set_size(4096, 2049);
+    for (ImageBlock *image : {over.block(), static_cast<ImageBlock *>(nullptr)}) {
+        const Found got = find(image, vt::dot_params());
+        EXPECT_EQ(got.status, VEXO_ERROR_NO_MEMORY);
+        EXPECT_EQ(got.count, 0u);
+        EXPECT_EQ(got.points, nullptr);
+    }
 }
 
 TEST(DotsFind, NullParamsOrCountAreInvalid) {
