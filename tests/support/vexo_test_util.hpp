@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include "vexo.h"
 
@@ -34,6 +35,36 @@ inline Xyz xyz(const GeomPoint &p) {
 }
 inline Xyz xyz(const double *v) {
     return {v[0], v[1], v[2]};
+}
+
+// The coordinates, or the flags, of every point.
+inline std::vector<Xyz> coords(const std::vector<GeomPoint> &points) {
+    std::vector<Xyz> out;
+    for (const GeomPoint &p : points) out.push_back(xyz(p));
+    return out;
+}
+inline std::vector<uint32_t> flags_of(const std::vector<GeomPoint> &points) {
+    std::vector<uint32_t> out;
+    for (const GeomPoint &p : points) out.push_back(p.flags);
+    return out;
+}
+
+// Points cut into polylines after each point flagged VEXO_POINT_END (a
+// last polyline without the flag is kept).
+inline std::vector<std::vector<GeomPoint>> polylines(const std::vector<GeomPoint> &points) {
+    std::vector<std::vector<GeomPoint>> out(1);
+    for (const GeomPoint &p : points) {
+        out.back().push_back(p);
+        if (p.flags & VEXO_POINT_END) out.emplace_back();
+    }
+    if (out.back().empty()) out.pop_back();
+    return out;
+}
+
+// A block the library returned, copied and released (NULL: no points).
+inline std::vector<GeomPoint> take(GeomPoint *block, uint32_t count) {
+    const Points owned(block);
+    return block ? std::vector<GeomPoint>(block, block + count) : std::vector<GeomPoint>{};
 }
 
 // A count whose byte size no machine can allocate (about 128 GiB).
