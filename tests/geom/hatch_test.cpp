@@ -45,20 +45,8 @@ struct Result {
 Result cover(const Rings &rings, const VexoHatch &h) {
     const std::vector<GeomPoint> in = to_array(rings);
     uint32_t n = 12345, status = 0;
-    Points out(vexo_geom_cover(in.data(), static_cast<uint32_t>(in.size()), &h, &n, &status));
-    Result r{status, {}};
-    if (out) r.points.assign(out.get(), out.get() + n);
-    return r;
-}
-
-std::vector<std::vector<GeomPoint>> polylines(const std::vector<GeomPoint> &pts) {
-    std::vector<std::vector<GeomPoint>> lines(1);
-    for (const GeomPoint &p : pts) {
-        lines.back().push_back(p);
-        if (p.flags & VEXO_POINT_END) lines.emplace_back();
-    }
-    lines.pop_back();
-    return lines;
+    GeomPoint *out = vexo_geom_cover(in.data(), static_cast<uint32_t>(in.size()), &h, &n, &status);
+    return {status, take(out, n)};
 }
 
 // The two-point hatch lines as one GEOS multi-line.
@@ -221,34 +209,7 @@ TEST(Hatch, LinesAlongEdgesFollowTheHalfOpenRule) {
     std::vector<Xyz> expected;
     for (int y = 0; y < 10; ++y)
         expected.push_back({0, double(y), 0}), expected.push_back({10, double(y), 0});
-    std::vector<Xyz> got;
-    for (const GeomPoint &p : r.points) got.push_back(xyz(p));
-    EXPECT_EQ(got, expected);
-}
-
-// Every point of the region whose way across to the nearest scan line stays
-// in the region lies on, or within that way (at most half a spacing) of, a
-// hatch line.
-TEST(Hatch, CoversTheRegion) {
-    const Rings rings = glyph();
-    const double spacing = 0.37, a = 23.0 / 360.0 * kTwoPiF, c = std::cos(a), s = std::sin(a);
-    const Result r = cover(rings, hatch(spacing, 23.0));
-    ASSERT_EQ(r.status, VEXO_OK);
-    geos_oracle::Context ctx;
-    const geos_oracle::Geom region = geos_oracle::even_odd_region(ctx, rings);
-    const geos_oracle::Geom all = hatch_lines(ctx, r.points);
-    int checked = 0;
-    for (double x = -11.5; x <= 11.5; x += 0.29)
-        for (double y = -11.5; y <= 11.5; y += 0.31) {
-            const double v = y * c - x * s, dv = std::round(v / spacing) * spacing - v;
-            const geos_oracle::Geom way =
-                geos_oracle::line(ctx, {{x, y}, {x - dv * s, y + dv * c}});
-            if (GEOSCovers_r(ctx.get(), region.g, way.g) != 1) continue;
-            ++checked;
-            const geos_oracle::Geom p = geos_oracle::point(ctx, x, y);
-            EXPECT_LE(geos_oracle::distance(ctx, p, all), std::fabs(dv) + 1e-9) << x << ", " << y;
-        }
-    EXPECT_GT(checked, 1000);
+    EXPECT_EQ(coords(r.points), expected);
 }
 
 // With an inset every hatch point keeps the distance from the contours
@@ -305,29 +266,26 @@ TEST(Hatch, ConnectorsStayInsideTheRegion) {
     EXPECT_GT(connectors, lines / 2) << "lines " << lines;
 }
 
-// Bidirectional lines alternate; connected, they form one serpentine.
+// Bidirectional lines alternate; connected (the connector is 1 long), they
+// form one serpentine.
 TEST(Hatch, BidirectionalLinesAlternateAndConnect) {
-    VexoHatch h = hatch(1.0);
-    h.options = VEXO_HATCH_BIDIRECTIONAL;
-    std::vector<uint32_t> flags;
-    Result r = cover({square(0, 0, 10, 2)}, h);
-    std::vector<Xyz> got;
-    for (const GeomPoint &p : r.points) got.push_back(xyz(p)), flags.push_back(p.flags);
-    EXPECT_EQ(got, (std::vector<Xyz>{{0, 0, 0}, {10, 0, 0}, {10, 1, 0}, {0, 1, 0}}));
-    EXPECT_EQ(flags, (std::vector<uint32_t>{0, 5, 0, 5}));
-
-    h.options |= VEXO_HATCH_CONNECT;
-    h.connect_distance = 1.0;
-    r = cover({square(0, 0, 10, 2)}, h);
-    flags.clear();
-    for (const GeomPoint &p : r.points) flags.push_back(p.flags);
-    EXPECT_EQ(flags, (std::vector<uint32_t>{0, 0, 0, 5}));
-
-    h.connect_distance = 0.99; // the connector is 1 long
-    r = cover({square(0, 0, 10, 2)}, h);
-    flags.clear();
-    for (const GeomPoint &p : r.points) flags.push_back(p.flags);
-    EXPECT_EQ(flags, (std::vector<uint32_t>{0, 5, 0, 5}));
+    const struct {
+        uint32_t options;
+        double connect_distance;
+        std::vector<uint32_t> flags;
+    } cases[] = {{0, 0.0, {0, 5, 0, 5}},
+                 {VEXO_HATCH_CONNECT, 1.0, {0, 0, 0, 5}},
+                 {VEXO_HATCH_CONNECT, 0.99, {0, 5, 0, 5}}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.connect_distance);
+        VexoHatch h = hatch(1.0);
+        h.options = VEXO_HATCH_BIDIRECTIONAL | c.options;
+        h.connect_distance = c.connect_distance;
+        const Result r = cover({square(0, 0, 10, 2)}, h);
+        EXPECT_EQ(coords(r.points),
+                  (std::vector<Xyz>{{0, 0, 0}, {10, 0, 0}, {10, 1, 0}, {0, 1, 0}}));
+        EXPECT_EQ(flags_of(r.points), c.flags);
+    }
 }
 
 // Trims shorten each line at its own start and end; short lines go.
@@ -337,9 +295,7 @@ TEST(Hatch, TrimsFollowTheDirectionOfTravel) {
     h.start_trim = 1.0;
     h.end_trim = 2.0;
     const Result r = cover({square(0, 0, 10, 2)}, h);
-    std::vector<Xyz> got;
-    for (const GeomPoint &p : r.points) got.push_back(xyz(p));
-    EXPECT_EQ(got, (std::vector<Xyz>{{1, 0, 0}, {8, 0, 0}, {9, 1, 0}, {2, 1, 0}}));
+    EXPECT_EQ(coords(r.points), (std::vector<Xyz>{{1, 0, 0}, {8, 0, 0}, {9, 1, 0}, {2, 1, 0}}));
 }
 
 TEST(Hatch, LinesBelowTheMinimumLengthAreDropped) {
@@ -390,15 +346,13 @@ TEST(Hatch, ContoursComeClosedBeforeOrAfter) {
     VexoHatch h = hatch(5.0);
     h.options = VEXO_HATCH_CONTOUR_BEFORE | VEXO_HATCH_CONTOUR_AFTER;
     const Result r = cover({square(0, 0, 10, 10)}, h);
-    std::vector<Xyz> got;
-    std::vector<uint32_t> flags;
-    for (const GeomPoint &p : r.points) got.push_back(xyz(p)), flags.push_back(p.flags);
     const std::vector<Xyz> contour = {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}, {0, 0, 0}};
     std::vector<Xyz> expected = contour;
     expected.insert(expected.end(), {{0, 0, 0}, {10, 0, 0}, {0, 5, 0}, {10, 5, 0}});
     expected.insert(expected.end(), contour.begin(), contour.end());
-    EXPECT_EQ(got, expected);
-    EXPECT_EQ(flags, (std::vector<uint32_t>{0, 0, 0, 0, 5, 0, 5, 0, 5, 0, 0, 0, 0, 5}));
+    EXPECT_EQ(coords(r.points), expected);
+    EXPECT_EQ(flags_of(r.points),
+              (std::vector<uint32_t>{0, 0, 0, 0, 5, 0, 5, 0, 5, 0, 0, 0, 0, 5}));
 }
 
 TEST(Hatch, SameInputSameBytes) {
