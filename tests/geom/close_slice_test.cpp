@@ -16,26 +16,10 @@ using namespace vexo_test;
 
 namespace {
 
-std::vector<GeomPoint> copy_of(const GeomPoint *p, uint32_t n) {
-    return std::vector<GeomPoint>(p, p + n);
-}
-
 GeomPoint *heap_copy(const std::vector<GeomPoint> &pts) {
     auto *p = static_cast<GeomPoint *>(std::malloc(pts.size() * sizeof(GeomPoint)));
     std::memcpy(p, pts.data(), pts.size() * sizeof(GeomPoint));
     return p;
-}
-
-std::vector<Xyz> coords(const std::vector<GeomPoint> &pts) {
-    std::vector<Xyz> c;
-    for (const GeomPoint &p : pts) c.push_back(xyz(p));
-    return c;
-}
-
-std::vector<uint32_t> flags_of(const std::vector<GeomPoint> &pts) {
-    std::vector<uint32_t> f;
-    for (const GeomPoint &p : pts) f.push_back(p.flags);
-    return f;
 }
 
 // Drawn length of polylines in XY (no jump after a line end).
@@ -47,43 +31,56 @@ double drawn_length(const std::vector<GeomPoint> &pts) {
     return sum;
 }
 
-struct Closed {
+// A call's status and the points it returned.
+struct Cut {
     uint32_t status;
     std::vector<GeomPoint> points;
 };
 
-Closed close(const std::vector<GeomPoint> &in, double tol, uint32_t options) {
+Cut close(const std::vector<GeomPoint> &in, double tol, uint32_t options) {
     uint32_t count = uint32_t(in.size()), status = 0;
-    Points p(vexo_geom_close_polygons(heap_copy(in), &count, tol, options, &status));
-    return {status, p ? copy_of(p.get(), count) : std::vector<GeomPoint>{}};
+    GeomPoint *out = vexo_geom_close_polygons(heap_copy(in), &count, tol, options, &status);
+    return {status, take(out, count)};
 }
 
 const std::vector<GeomPoint> kOpenSquare = {
     point(0, 0, 1), point(10, 0), point(10, 10),
     point(0.05, 0, 3, VEXO_POINT_END | VEXO_POINT_END_MARK)};
 
-TEST(Close, AppendsAClosingCopyOfTheFirstPoint) {
-    const Closed c = close(kOpenSquare, 0.1, 0);
-    ASSERT_EQ(c.status, VEXO_OK);
-    EXPECT_EQ(coords(c.points),
-              (std::vector<Xyz>{{0, 0, 1}, {10, 0, 0}, {10, 10, 0}, {0.05, 0, 3}, {0, 0, 1}}));
-    EXPECT_EQ(flags_of(c.points), (std::vector<uint32_t>{0, 0, 0, 0, 5}));
-}
-
-TEST(Close, SnapsTheLastPointOntoTheFirst) {
-    const Closed c = close(kOpenSquare, 0.1, VEXO_CLOSE_SNAP);
-    EXPECT_EQ(coords(c.points), (std::vector<Xyz>{{0, 0, 1}, {10, 0, 0}, {10, 10, 0}, {0, 0, 1}}));
-    EXPECT_EQ(flags_of(c.points), (std::vector<uint32_t>{0, 0, 0, 5}));
-}
-
-TEST(Close, GapsBeyondToleranceStayOpen) {
-    EXPECT_EQ(coords(close(kOpenSquare, 0.0499, 0).points), coords(kOpenSquare));
-}
-
-TEST(Close, ClosedLinesAreLeftAlone) {
-    std::vector<GeomPoint> square = kOpenSquare;
-    square[3] = point(0, 0, 1, VEXO_POINT_END);
-    EXPECT_EQ(coords(close(square, 1.0, 0).points), coords(square));
+// Closing copy, snap, a gap beyond the tolerance, a line already closed.
+TEST(Close, ClosesWithinTheToleranceOnly) {
+    std::vector<GeomPoint> closed = kOpenSquare;
+    closed[3] = point(0, 0, 1, VEXO_POINT_END);
+    const struct {
+        const char *name;
+        std::vector<GeomPoint> in;
+        double tolerance;
+        uint32_t options;
+        std::vector<Xyz> coords;
+        std::vector<uint32_t> flags;
+    } cases[] = {
+        {"copy",
+         kOpenSquare,
+         0.1,
+         0,
+         {{0, 0, 1}, {10, 0, 0}, {10, 10, 0}, {0.05, 0, 3}, {0, 0, 1}},
+         {0, 0, 0, 0, 5}},
+        {"snap",
+         kOpenSquare,
+         0.1,
+         VEXO_CLOSE_SNAP,
+         {{0, 0, 1}, {10, 0, 0}, {10, 10, 0}, {0, 0, 1}},
+         {0, 0, 0, 5}},
+        {"gap", kOpenSquare, 0.0499, 0, coords(kOpenSquare), {0, 0, 0, 5}},
+        {"closed", closed, 1.0, 0, coords(closed), {0, 0, 0, 1}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        const Cut out = close(c.in, c.tolerance, c.options);
+        ASSERT_EQ(out.status, VEXO_OK);
+        EXPECT_EQ(coords(out.points), c.coords);
+        EXPECT_EQ(flags_of(out.points), c.flags);
+    }
 }
 
 TEST(Close, DegenerateLinesAreDroppedOnRequest) {
@@ -92,7 +89,7 @@ TEST(Close, DegenerateLinesAreDroppedOnRequest) {
     in.insert(in.end(), kOpenSquare.begin(), kOpenSquare.end());
     EXPECT_EQ(close(in, 0.1, VEXO_CLOSE_DROP_DEGENERATE).points.size(), 5u);
     EXPECT_EQ(close(in, 0.1, 0).points.size(), 9u);
-    const Closed none = close({point(5, 5, 0, VEXO_POINT_END)}, 0.1, VEXO_CLOSE_DROP_DEGENERATE);
+    const Cut none = close({point(5, 5, 0, VEXO_POINT_END)}, 0.1, VEXO_CLOSE_DROP_DEGENERATE);
     EXPECT_EQ(none.status, VEXO_ERROR_NO_RESULT);
 }
 
@@ -109,15 +106,11 @@ TEST(Close, BadInputKeepsTheArray) {
     EXPECT_EQ(count, 4u);
 }
 
-struct Cut {
-    uint32_t status;
-    std::vector<GeomPoint> points;
-};
-
 Cut slice(const std::vector<GeomPoint> &in, const double line[4], uint32_t options) {
     uint32_t n = 0, status = 0;
-    Points p(vexo_geom_slice_line(in.data(), uint32_t(in.size()), line, options, &n, &status));
-    return {status, p ? copy_of(p.get(), n) : std::vector<GeomPoint>{}};
+    GeomPoint *out =
+        vexo_geom_slice_line(in.data(), uint32_t(in.size()), line, options, &n, &status);
+    return {status, take(out, n)};
 }
 
 const std::vector<GeomPoint> kZigzag = {point(0, 0, 0), point(10, 0, 10), point(10, 4, 20),
@@ -178,9 +171,9 @@ TEST(SliceLine, BadLineGivesAStatus) {
 Cut band(const std::vector<GeomPoint> &in, uint32_t axis, double origin, double width,
          double overlap, int32_t k) {
     uint32_t n = 0, status = 0;
-    Points p(vexo_geom_slice_band(in.data(), uint32_t(in.size()), axis, origin, width, overlap, k,
-                                  &n, &status));
-    return {status, p ? copy_of(p.get(), n) : std::vector<GeomPoint>{}};
+    GeomPoint *out = vexo_geom_slice_band(in.data(), uint32_t(in.size()), axis, origin, width,
+                                          overlap, k, &n, &status);
+    return {status, take(out, n)};
 }
 
 TEST(SliceBand, BandsOverlapAtTheSeams) {
@@ -214,9 +207,9 @@ std::vector<GeomPoint> nested_squares() {
 
 Cut part(const std::vector<GeomPoint> &in, const std::vector<GeomPoint> &rings, uint32_t options) {
     uint32_t n = 0, status = 0;
-    Points p(vexo_geom_inner_part(in.data(), uint32_t(in.size()), rings.data(),
-                                  uint32_t(rings.size()), options, &n, &status));
-    return {status, p ? copy_of(p.get(), n) : std::vector<GeomPoint>{}};
+    GeomPoint *out = vexo_geom_inner_part(in.data(), uint32_t(in.size()), rings.data(),
+                                          uint32_t(rings.size()), options, &n, &status);
+    return {status, take(out, n)};
 }
 
 // The inside pieces of random polylines match GEOS's intersection with the
@@ -266,9 +259,9 @@ TEST(InnerPartRect, ConsecutiveCutsContinueOnePolyline) {
                                        point(15, 8, 23, VEXO_POINT_END),
                                        point(3, 3, 0, VEXO_POINT_END)};
     uint32_t n = 0, status = 0;
-    Points p(vexo_geom_inner_part_rect(in.data(), uint32_t(in.size()), rect, &n, &status));
+    GeomPoint *out = vexo_geom_inner_part_rect(in.data(), uint32_t(in.size()), rect, &n, &status);
     ASSERT_EQ(status, VEXO_OK);
-    const std::vector<GeomPoint> got = copy_of(p.get(), n);
+    const std::vector<GeomPoint> got = take(out, n);
     EXPECT_EQ(coords(got),
               (std::vector<Xyz>{{0, 5, 5}, {5, 5, 10}, {5, 8, 13}, {10, 8, 18}, {3, 3, 0}}));
     EXPECT_EQ(flags_of(got), (std::vector<uint32_t>{0, 0, 0, 1, 1}));
