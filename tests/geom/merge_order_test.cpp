@@ -28,16 +28,6 @@ std::vector<GeomPoint> flatten(const std::vector<Line> &lines) {
     return pts;
 }
 
-std::vector<Line> split(const GeomPoint *p, uint32_t n) {
-    std::vector<Line> lines(1);
-    for (uint32_t i = 0; i < n; ++i) {
-        lines.back().push_back(p[i]);
-        if (p[i].flags & VEXO_POINT_END) lines.emplace_back();
-    }
-    lines.pop_back();
-    return lines;
-}
-
 struct Out {
     uint32_t status;
     std::vector<Line> lines;
@@ -48,17 +38,19 @@ Out merge(const std::vector<Line> &in, double tol, uint32_t options = 0,
           const GeomPoint *start = nullptr) {
     const std::vector<GeomPoint> pts = flatten(in);
     uint32_t n = 0, status = 0;
-    Points out(
-        vexo_geom_merge_lines(pts.data(), uint32_t(pts.size()), tol, options, start, &n, &status));
-    return {status, split(out.get(), n), std::vector<GeomPoint>(out.get(), out.get() + n)};
+    GeomPoint *block =
+        vexo_geom_merge_lines(pts.data(), uint32_t(pts.size()), tol, options, start, &n, &status);
+    const std::vector<GeomPoint> out = take(block, n);
+    return {status, polylines(out), out};
 }
 
 Out order(const std::vector<Line> &in, uint32_t options, const GeomPoint *start) {
     const std::vector<GeomPoint> pts = flatten(in);
     uint32_t n = 0, status = 0;
-    Points out(
-        vexo_geom_order_lines(pts.data(), uint32_t(pts.size()), options, start, &n, &status));
-    return {status, split(out.get(), n), std::vector<GeomPoint>(out.get(), out.get() + n)};
+    GeomPoint *block =
+        vexo_geom_order_lines(pts.data(), uint32_t(pts.size()), options, start, &n, &status);
+    const std::vector<GeomPoint> out = take(block, n);
+    return {status, polylines(out), out};
 }
 
 using Segment = std::tuple<double, double, double, double>;
@@ -139,20 +131,15 @@ TEST(Merge, JoinsWithinToleranceOnly) {
     const std::vector<Line> pieces = {{point(0, 0), point(1, 0)}, {point(2, 0), point(1.0001, 0)}};
     const Out joined = merge(pieces, 1e-3);
     ASSERT_EQ(joined.lines.size(), 1u);
-    std::vector<Xyz> got;
-    for (const GeomPoint &p : joined.lines[0]) got.push_back(xyz(p));
     // The joint is the first piece's end; the second piece runs reversed.
-    EXPECT_EQ(got, (std::vector<Xyz>{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}));
+    EXPECT_EQ(coords(joined.lines[0]), (std::vector<Xyz>{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}));
     EXPECT_EQ(merge(pieces, 9e-5).lines.size(), 2u);
 }
 
 TEST(Merge, EndFlagsMarkEachLastPointOnly) {
     std::vector<Line> pieces = {
         {point(0, 0, 0, 0x40), point(1, 0, 0, 0x44)}, {point(1, 0), point(2, 0)}, {point(5, 5)}};
-    const Out out = merge(pieces, 0.0);
-    std::vector<uint32_t> flags;
-    for (const GeomPoint &p : out.points) flags.push_back(p.flags);
-    EXPECT_EQ(flags, (std::vector<uint32_t>{0x40, 0x40, 5, 5}));
+    EXPECT_EQ(flags_of(merge(pieces, 0.0).points), (std::vector<uint32_t>{0x40, 0x40, 5, 5}));
 }
 
 TEST(Merge, ClosesLoopsAndKeepsDots) {
@@ -164,9 +151,8 @@ TEST(Merge, ClosesLoopsAndKeepsDots) {
     const Out out = merge(pieces, 0.0);
     ASSERT_EQ(out.lines.size(), 2u);
     EXPECT_EQ(xyz(out.lines[0][0]), (Xyz{7, 7, 0})); // loops come after open lines and dots
-    std::vector<Xyz> loop;
-    for (const GeomPoint &p : out.lines[1]) loop.push_back(xyz(p));
-    EXPECT_EQ(loop, (std::vector<Xyz>{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 0}}));
+    EXPECT_EQ(coords(out.lines[1]),
+              (std::vector<Xyz>{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 0}}));
 }
 
 TEST(Merge, BadInputGivesAStatus) {
@@ -272,9 +258,7 @@ TEST(Order, ClosedLinesStartAtTheNearestVertexWhenAllowed) {
     const Line ring = {point(10, 10), point(20, 10), point(20, 20), point(10, 20), point(10, 10)};
     const GeomPoint start = point(21, 21);
     Out out = order({ring}, VEXO_ORDER_ROTATE_CLOSED, &start);
-    std::vector<Xyz> got;
-    for (const GeomPoint &p : out.points) got.push_back(xyz(p));
-    EXPECT_EQ(got,
+    EXPECT_EQ(coords(out.points),
               (std::vector<Xyz>{{20, 20, 0}, {10, 20, 0}, {10, 10, 0}, {20, 10, 0}, {20, 20, 0}}));
     out = order({ring}, 0, &start);
     EXPECT_EQ(xyz(out.points[0]), (Xyz{10, 10, 0}));
@@ -295,9 +279,8 @@ TEST(Order, MergeThenOrderStartsAtThePen) {
         {point(0, 0), point(1, 0)}, {point(5, 0), point(6, 0)}, {point(1, 0), point(2, 0)}};
     const GeomPoint start = point(7, 0);
     const Out out = merge(pieces, 0.0, VEXO_MERGE_ORDER, &start);
-    std::vector<Xyz> got;
-    for (const GeomPoint &p : out.points) got.push_back(xyz(p));
-    EXPECT_EQ(got, (std::vector<Xyz>{{6, 0, 0}, {5, 0, 0}, {2, 0, 0}, {1, 0, 0}, {0, 0, 0}}));
+    EXPECT_EQ(coords(out.points),
+              (std::vector<Xyz>{{6, 0, 0}, {5, 0, 0}, {2, 0, 0}, {1, 0, 0}, {0, 0, 0}}));
 }
 
 // Larger than the exact limit: the nearest-first tour with its tie rule.
