@@ -51,12 +51,4 @@ TEST(SpiralLimits, InwardToMinusTheOuterRadiusStillDrawn) {
     EXPECT_EQ(VEXO_POINT_END, p.get()[count - 1].flags);
 }
 
-TEST(SpiralLimits, OutwardFromTheCentreStillDrawn) {
-    const GeomPoint centre = vexo_test::point(0, 0);
-    uint32_t count = 0;
-    Points p(vexo_geom_create_spiral(0.0, 5.0, &centre, 0.0, 0.5, 24, 0, 1, &count));
-    EXPECT_NE(nullptr, p.get());
-    EXPECT_GT(count, 0u);
-}
-
 } // namespace
