@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <ostream>
 #include <vector>
 
 #include "pattern_reference.hpp"
@@ -33,13 +34,79 @@ const std::vector<GeomPoint> kTen = polyline({point(0, 0), point(10, 0)});
 const std::vector<GeomPoint> kSquare =
     polyline({point(0, 0), point(10, 0), point(10, 10), point(0, 10), point(0, 0)});
 
-TEST(DashPattern, OnOffStretchesAlongALine) {
-    const Output run = dashes(kTen, dash_of({2, 1}));
+// Stretches worked out by hand: each case the whole output.
+struct Worked {
+    const char *name;
+    std::vector<GeomPoint> path;
+    VexoDash dash;
+    std::vector<Path> dashes;
+};
+
+void PrintTo(const Worked &c, std::ostream *os) {
+    *os << c.name;
+}
+
+class DashWorked : public ::testing::TestWithParam<Worked> {};
+
+TEST_P(DashWorked, GivesTheStretchesWorkedOutByHand) {
+    const Output run = dashes(GetParam().path, GetParam().dash);
     ASSERT_EQ(run.status, VEXO_OK);
-    EXPECT_EQ(paths(run), (std::vector<Path>{{{0, 0, 0}, {2, 0, 0}},
-                                             {{3, 0, 0}, {5, 0, 0}},
-                                             {{6, 0, 0}, {8, 0, 0}},
-                                             {{9, 0, 0}, {10, 0, 0}}}));
+    EXPECT_EQ(paths(run), GetParam().dashes);
+}
+
+// Straight dashes on the x axis from pairs of x: {from, to, from, to, ...}.
+std::vector<Path> on_x(const std::vector<double> &ends) {
+    std::vector<Path> out;
+    for (size_t i = 0; i + 1 < ends.size(); i += 2)
+        out.push_back({{ends[i], 0, 0}, {ends[i + 1], 0, 0}});
+    return out;
+}
+
+const std::vector<GeomPoint> kCorner = polyline({point(0, 0), point(3, 0), point(3, 10)});
+const std::vector<GeomPoint> kSix = polyline({point(0, 0), point(6, 0)});
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, DashWorked,
+    ::testing::Values(
+        Worked{"OnOffAlongALine", kTen, dash_of({2, 1}), on_x({0, 2, 3, 5, 6, 8, 9, 10})},
+        Worked{"RingLeavesAnOpenPolylineAlone", kTen, dash_of({2, 1}, 0.0, VEXO_PATTERN_RING),
+               on_x({0, 2, 3, 5, 6, 8, 9, 10})},
+        // The vertex stays inside a dash; a dash ending on it ends exactly there.
+        Worked{
+            "AcrossAVertex",
+            kCorner,
+            dash_of({4, 1}),
+            {{{0, 0, 0}, {3, 0, 0}, {3, 1, 0}}, {{3, 2, 0}, {3, 6, 0}}, {{3, 7, 0}, {3, 10, 0}}}},
+        Worked{"EndingOnAVertex",
+               kCorner,
+               dash_of({3, 1}),
+               {{{0, 0, 0}, {3, 0, 0}},
+                {{3, 1, 0}, {3, 4, 0}},
+                {{3, 5, 0}, {3, 8, 0}},
+                {{3, 9, 0}, {3, 10, 0}}}},
+        // {2, 1, 1} walks as 2 on, 1 off, 1 on, 2 off, 1 on, 1 off.
+        Worked{"OddCountRepeatsLikeSvg", polyline({point(0, 0), point(8, 0)}), dash_of({2, 1, 1}),
+               on_x({0, 2, 3, 4, 6, 7})},
+        Worked{"OffsetShiftsTheStart", kSix, dash_of({2, 1}, 1.0), on_x({0, 1, 2, 4, 5, 6})},
+        // -1 mod 3 = 2: the walk starts 1 before the end of the off entry.
+        Worked{"NegativeOffsetWrapsIntoThePeriod", kSix, dash_of({2, 1}, -1.0), on_x({1, 3, 4, 6})},
+        // The third dash would start exactly at the end (s = 6): dropped.
+        Worked{"DashCutToNothingAtTheEnd", kSix, dash_of({2, 1}), on_x({0, 2, 3, 5})},
+        Worked{"ZeroOnEntryIsADotIncludingTheEnd",
+               polyline({point(0, 0), point(4, 0)}),
+               dash_of({0, 2}),
+               {{{0, 0, 0}}, {{2, 0, 0}}, {{4, 0, 0}}}},
+        Worked{"ZeroOffEntryJoinsTheStretches",
+               polyline({point(0, 0), point(4, 0), point(4, 4)}),
+               dash_of({1, 0}),
+               {{{0, 0, 0}, {4, 0, 0}, {4, 4, 0}}}}),
+    [](const ::testing::TestParamInfo<Worked> &info) { return info.param.name; });
+
+TEST(DashPattern, DashesRestartOnEachPolyline) {
+    const Output run = dashes(joined(kTen, polyline({point(0, 5), point(10, 5)})), dash_of({2, 1}));
+    const auto got = paths(run);
+    ASSERT_EQ(got.size(), 8u);
+    EXPECT_EQ(got[4], (Path{{0, 5, 0}, {2, 5, 0}}));
 }
 
 TEST(DashPattern, OnlyTheLastPointOfADashCarriesTheEndFlag) {
@@ -47,58 +114,6 @@ TEST(DashPattern, OnlyTheLastPointOfADashCarriesTheEndFlag) {
     ASSERT_EQ(run.points.size(), 8u);
     for (size_t i = 0; i < run.points.size(); ++i)
         EXPECT_EQ(run.points[i].flags, i % 2 == 1 ? VEXO_POINT_END : 0u) << "point " << i;
-}
-
-TEST(DashPattern, DashAcrossAVertexKeepsTheVertex) {
-    const Output run = dashes(polyline({point(0, 0), point(3, 0), point(3, 10)}), dash_of({4, 1}));
-    const auto got = paths(run);
-    ASSERT_FALSE(got.empty());
-    EXPECT_EQ(got[0], (Path{{0, 0, 0}, {3, 0, 0}, {3, 1, 0}}));
-}
-
-TEST(DashPattern, DashEndingOnAVertexEndsExactlyThere) {
-    const Output run = dashes(polyline({point(0, 0), point(3, 0), point(3, 10)}), dash_of({3, 1}));
-    const auto got = paths(run);
-    ASSERT_GE(got.size(), 2u);
-    EXPECT_EQ(got[0], (Path{{0, 0, 0}, {3, 0, 0}}));
-    EXPECT_EQ(got[1], (Path{{3, 1, 0}, {3, 4, 0}}));
-}
-
-TEST(DashPattern, OddCountRepeatsLikeSvg) {
-    // {2, 1, 1} walks as 2 on, 1 off, 1 on, 2 off, 1 on, 1 off.
-    const Output run = dashes(polyline({point(0, 0), point(8, 0)}), dash_of({2, 1, 1}));
-    EXPECT_EQ(paths(run),
-              (std::vector<Path>{
-                  {{0, 0, 0}, {2, 0, 0}}, {{3, 0, 0}, {4, 0, 0}}, {{6, 0, 0}, {7, 0, 0}}}));
-}
-
-TEST(DashPattern, OffsetShiftsThePatternStart) {
-    const Output run = dashes(polyline({point(0, 0), point(6, 0)}), dash_of({2, 1}, 1.0));
-    EXPECT_EQ(paths(run),
-              (std::vector<Path>{
-                  {{0, 0, 0}, {1, 0, 0}}, {{2, 0, 0}, {4, 0, 0}}, {{5, 0, 0}, {6, 0, 0}}}));
-}
-
-TEST(DashPattern, NegativeOffsetWrapsIntoThePeriod) {
-    // -1 mod 3 = 2: the walk starts 1 before the end of the off entry.
-    const Output run = dashes(polyline({point(0, 0), point(6, 0)}), dash_of({2, 1}, -1.0));
-    EXPECT_EQ(paths(run), (std::vector<Path>{{{1, 0, 0}, {3, 0, 0}}, {{4, 0, 0}, {6, 0, 0}}}));
-}
-
-TEST(DashPattern, ZeroOnEntryIsADotIncludingTheEnd) {
-    const Output run = dashes(polyline({point(0, 0), point(4, 0)}), dash_of({0, 2}));
-    EXPECT_EQ(paths(run), (std::vector<Path>{{{0, 0, 0}}, {{2, 0, 0}}, {{4, 0, 0}}}));
-}
-
-TEST(DashPattern, DashCutToNothingAtTheEndIsDropped) {
-    // The third dash would start exactly at the end (s = 6).
-    const Output run = dashes(polyline({point(0, 0), point(6, 0)}), dash_of({2, 1}));
-    EXPECT_EQ(run.polylines().size(), 2u);
-}
-
-TEST(DashPattern, ZeroOffEntryJoinsTheStretches) {
-    const Output run = dashes(polyline({point(0, 0), point(4, 0), point(4, 4)}), dash_of({1, 0}));
-    EXPECT_EQ(paths(run), (std::vector<Path>{{{0, 0, 0}, {4, 0, 0}, {4, 4, 0}}}));
 }
 
 TEST(DashPattern, ZInterpolatedAlongTheSegment) {
@@ -134,12 +149,6 @@ TEST(DashPattern, RingJoinsTheDashAcrossTheSeam) {
     ASSERT_EQ(got.size(), 8u);
     EXPECT_EQ(got.front(), (Path{{4, 0, 0}, {7, 0, 0}}));
     EXPECT_EQ(got.back(), (Path{{0, 1, 0}, {0, 0, 0}, {2, 0, 0}}));
-}
-
-TEST(DashPattern, RingLeavesAnOpenPolylineAlone) {
-    const Output plain = dashes(kTen, dash_of({2, 1}));
-    const Output ring = dashes(kTen, dash_of({2, 1}, 0.0, VEXO_PATTERN_RING));
-    EXPECT_EQ(paths(ring), paths(plain));
 }
 
 TEST(DashPattern, FitStartsAndEndsOnAnOpenPolyline) {
@@ -180,14 +189,6 @@ TEST(DashPattern, EndpointsFollowTheArcLengthReference) {
         EXPECT_NEAR(lines[k].back().y, want1.y, 1e-9) << "dash " << k;
         EXPECT_NEAR(lines[k].back().z, want1.z, 1e-9) << "dash " << k;
     }
-}
-
-TEST(DashPattern, DashesRestartOnEachPolyline) {
-    const auto second = polyline({point(0, 5), point(10, 5)});
-    const Output run = dashes(joined(kTen, second), dash_of({2, 1}));
-    const auto got = paths(run);
-    ASSERT_EQ(got.size(), 8u);
-    EXPECT_EQ(got[4], (Path{{0, 5, 0}, {2, 5, 0}}));
 }
 
 struct BadDash {

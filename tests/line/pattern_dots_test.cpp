@@ -6,7 +6,10 @@
 
 #include <cmath>
 #include <cstring>
+#include <iterator>
+#include <ostream>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "line/arc_length.hpp"
@@ -34,6 +37,7 @@ void expect_near_point(const GeomPoint &got, const GeomPoint &want, double tol, 
 struct CountCase {
     double pitch;
     double phase;
+    uint32_t count; // floor((11 - phase) / pitch) + 1, worked out by hand
 };
 
 class DotCount : public ::testing::TestWithParam<CountCase> {};
@@ -41,18 +45,16 @@ class DotCount : public ::testing::TestWithParam<CountCase> {};
 TEST_P(DotCount, IsFloorOfLengthLessPhaseOverPitchPlusOne) {
     const CountCase c = GetParam();
     const Output run = dots(kBent, c.pitch, c.phase);
-    const double expected = std::floor((path_length(kBent) - c.phase) / c.pitch) + 1.0;
     EXPECT_EQ(run.status, VEXO_OK);
-    EXPECT_EQ(run.count, static_cast<uint32_t>(expected))
-        << "pitch " << c.pitch << " phase " << c.phase;
+    EXPECT_EQ(run.count, c.count) << "pitch " << c.pitch << " phase " << c.phase;
 }
 
 // 11 / 2.75 and 11 / 1.1 land exactly on the end: the end dot must be there.
 INSTANTIATE_TEST_SUITE_P(Pitches, DotCount,
-                         ::testing::Values(CountCase{2.0, 0.0}, CountCase{2.0, 0.5},
-                                           CountCase{2.75, 0.0}, CountCase{1.1, 0.0},
-                                           CountCase{3.0, 2.0}, CountCase{0.37, 0.1},
-                                           CountCase{20.0, 0.0}));
+                         ::testing::Values(CountCase{2.0, 0.0, 6}, CountCase{2.0, 0.5, 6},
+                                           CountCase{2.75, 0.0, 5}, CountCase{1.1, 0.0, 11},
+                                           CountCase{3.0, 2.0, 4}, CountCase{0.37, 0.1, 30},
+                                           CountCase{20.0, 0.0, 1}));
 
 TEST(DotPattern, PositionsFollowTheArcLengthReference) {
     const auto path = random_path(7, 40, 50.0);
@@ -146,11 +148,9 @@ TEST(DotPattern, FitRoundsThePeriodCountUp) {
     EXPECT_NEAR(run.points[1].x, 2.5, 1e-12);
 }
 
+// Open, the square takes 17 dots at this pitch (VertexDotAppearsOnce).
 TEST(DotPattern, RingPutsOneDotOnTheSeam) {
-    const Output open = dots(kSquare, 2.5, 0.0);
-    const Output ring = dots(kSquare, 2.5, 0.0, VEXO_PATTERN_RING);
-    EXPECT_EQ(open.count, 17u);
-    EXPECT_EQ(ring.count, 16u);
+    EXPECT_EQ(dots(kSquare, 2.5, 0.0, VEXO_PATTERN_RING).count, 16u);
 }
 
 TEST(DotPattern, RingWithFitGetsWholePeriods) {
@@ -207,29 +207,33 @@ std::vector<GeomPoint> appended_figures(const std::vector<GeomPoint> &centres,
     return out;
 }
 
+// kind, unused, options, steps, radius, inner radius, pitch.
 GeomDotShape circle_shape(uint32_t options) {
-    GeomDotShape s{};
-    s.kind = 0;
-    s.options = options;
-    s.steps = 12;
-    s.radius = 250;
-    return s;
+    return {0, 0, options, 12, 250, 0, 0};
 }
 
 GeomDotShape spiral_shape() {
-    GeomDotShape s{};
-    s.kind = 1;
-    s.options = VEXO_DOT_OUTWARD;
-    s.steps = 16;
-    s.radius = 400;
-    s.inner_radius = 50;
-    s.pitch = 100;
-    return s;
+    return {1, 0, VEXO_DOT_OUTWARD, 16, 400, 50, 100};
 }
 
-void expect_shapes_match_appender(const std::vector<GeomPoint> &path, const GeomDotShape &shape) {
-    const Output centres = dots(path, 0.7, 0.2);
-    const Output shaped = dots(path, 0.7, 0.2, 0, &shape);
+const std::vector<GeomPoint> kShapePath =
+    polyline({point(-3.25, 12.5, -0.5), point(7.125, -1e-3, 2.0), point(1e-9, 6.0, 0.0)});
+
+struct NamedShape {
+    const char *name;
+    GeomDotShape shape;
+};
+
+void PrintTo(const NamedShape &c, std::ostream *os) {
+    *os << c.name;
+}
+
+class DotShapes : public ::testing::TestWithParam<NamedShape> {};
+
+TEST_P(DotShapes, EqualTheAppendersBytes) {
+    const GeomDotShape &shape = GetParam().shape;
+    const Output centres = dots(kShapePath, 0.7, 0.2);
+    const Output shaped = dots(kShapePath, 0.7, 0.2, 0, &shape);
     const std::vector<GeomPoint> want = appended_figures(centres.points, shape);
     ASSERT_EQ(shaped.status, VEXO_OK);
     ASSERT_EQ(shaped.points.size(), want.size());
@@ -240,20 +244,12 @@ void expect_shapes_match_appender(const std::vector<GeomPoint> &path, const Geom
             << want[i].y << ", " << want[i].z << ", " << want[i].flags << ")";
 }
 
-const std::vector<GeomPoint> kShapePath =
-    polyline({point(-3.25, 12.5, -0.5), point(7.125, -1e-3, 2.0), point(1e-9, 6.0, 0.0)});
-
-TEST(DotPattern, CircleDotsEqualTheAppendersBytes) {
-    expect_shapes_match_appender(kShapePath, circle_shape(0));
-}
-
-TEST(DotPattern, ReversedCircleDotsEqualTheAppendersBytes) {
-    expect_shapes_match_appender(kShapePath, circle_shape(VEXO_DOT_REVERSE));
-}
-
-TEST(DotPattern, SpiralDotsEqualTheAppendersBytes) {
-    expect_shapes_match_appender(kShapePath, spiral_shape());
-}
+INSTANTIATE_TEST_SUITE_P(
+    Shapes, DotShapes,
+    ::testing::Values(NamedShape{"Circle", circle_shape(0)},
+                      NamedShape{"ReversedCircle", circle_shape(VEXO_DOT_REVERSE)},
+                      NamedShape{"Spiral", spiral_shape()}),
+    [](const ::testing::TestParamInfo<NamedShape> &info) { return std::string(info.param.name); });
 
 TEST(DotPattern, ShapeAtNegativeZeroCentreKeepsTheSignOfZero) {
     const GeomDotShape shape = circle_shape(0);
@@ -347,38 +343,30 @@ TEST(DotPattern, PitchJustAboveTheToleranceIsAccepted) {
     EXPECT_EQ(run.count, 10u);
 }
 
-TEST(DotPattern, NullPointsWithACountAreRefused) {
+// No points with a count, or no place for the count.
+TEST(DotPattern, MissingArraysAreRefused) {
     uint32_t count = 7, status = 0;
     EXPECT_EQ(vexo_line_to_pattern(nullptr, 3, 1.0, 0.0, 0, false, nullptr, &count, &status),
               nullptr);
     EXPECT_EQ(status, VEXO_ERROR_INVALID_PARAMETER);
-}
-
-TEST(DotPattern, NullOutCountIsRefused) {
-    uint32_t status = 0;
+    status = 0;
     EXPECT_EQ(vexo_line_to_pattern(kBent.data(), 3, 1.0, 0.0, 0, false, nullptr, nullptr, &status),
               nullptr);
     EXPECT_EQ(status, VEXO_ERROR_INVALID_PARAMETER);
 }
 
+// 10^12 dots; a length that overflows to infinity; 6 * 10^6 dots that fit,
+// but not as circles of 13 points each (past 2^26).
 TEST(DotPattern, ResultBeyondTheLimitIsNoMemory) {
-    // 10^12 dots.
-    const Output run = dots(polyline({point(0, 0), point(1e6, 0)}), 1e-6, 0.0);
-    EXPECT_EQ(run.status, VEXO_ERROR_NO_MEMORY);
-    EXPECT_TRUE(run.null_result);
-}
-
-TEST(DotPattern, LengthOverflowingToInfinityIsNoMemory) {
-    const auto vast = polyline({point(-1e308, 0), point(1e308, 0)});
-    const Output run = dots(vast, 1.0, 0.0, VEXO_PATTERN_FIT);
-    EXPECT_EQ(run.status, VEXO_ERROR_NO_MEMORY);
-}
-
-TEST(DotPattern, ShapedResultBeyondTheLimitIsNoMemory) {
-    // 6 * 10^6 dots fit; as circles of 13 points each they pass 2^26.
-    const GeomDotShape shape = circle_shape(0);
-    const Output run = dots(polyline({point(0, 0), point(6e6 - 1, 0)}), 1.0, 0.0, 0, &shape);
-    EXPECT_EQ(run.status, VEXO_ERROR_NO_MEMORY);
+    const GeomDotShape circle = circle_shape(0);
+    const Output runs[] = {
+        dots(polyline({point(0, 0), point(1e6, 0)}), 1e-6, 0.0),
+        dots(polyline({point(-1e308, 0), point(1e308, 0)}), 1.0, 0.0, VEXO_PATTERN_FIT),
+        dots(polyline({point(0, 0), point(6e6 - 1, 0)}), 1.0, 0.0, 0, &circle)};
+    for (size_t i = 0; i < std::size(runs); ++i) {
+        EXPECT_EQ(runs[i].status, VEXO_ERROR_NO_MEMORY) << "case " << i;
+        EXPECT_TRUE(runs[i].null_result) << "case " << i;
+    }
 }
 
 } // namespace

@@ -72,16 +72,7 @@ struct Output {
     uint32_t count = 0xDEADu;
     bool null_result = true;
 
-    // The output cut into polylines at VEXO_POINT_END.
-    std::vector<std::vector<GeomPoint>> polylines() const {
-        std::vector<std::vector<GeomPoint>> out(1);
-        for (const auto &p : points) {
-            out.back().push_back(p);
-            if (p.flags & VEXO_POINT_END) out.emplace_back();
-        }
-        out.pop_back();
-        return out;
-    }
+    std::vector<std::vector<GeomPoint>> polylines() const { return vexo_test::polylines(points); }
 };
 
 inline Output keep(GeomPoint *block, uint32_t count, uint32_t status) {
@@ -89,8 +80,7 @@ inline Output keep(GeomPoint *block, uint32_t count, uint32_t status) {
     run.status = status;
     run.count = count;
     run.null_result = block == nullptr;
-    if (block) run.points.assign(block, block + count);
-    vexo_geom_release(block);
+    run.points = vexo_test::take(block, count);
     return run;
 }
 
