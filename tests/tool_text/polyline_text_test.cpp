@@ -20,6 +20,8 @@
 
 namespace {
 
+using vexo_test::coords;
+using vexo_test::flags_of;
 using vexo_test::point;
 using vexo_test::xyz;
 using vexo_test::Xyz;
@@ -53,68 +55,44 @@ std::string written(const std::vector<GeomPoint> &points) {
     return text;
 }
 
-std::vector<uint32_t> flags_of(const std::vector<GeomPoint> &points) {
+struct GoodCase {
+    const char *text;
+    std::vector<Xyz> coords;
     std::vector<uint32_t> flags;
-    for (const GeomPoint &p : points) flags.push_back(p.flags);
-    return flags;
+};
+
+void PrintTo(const GoodCase &c, std::ostream *os) {
+    *os << '"' << c.text << '"';
 }
 
-TEST(PolylineText, TwoNumbersGiveZeroZ) {
-    const auto pts = parse("1.5 -2\n");
-    ASSERT_EQ(pts.size(), 1u);
-    EXPECT_EQ(xyz(pts[0]), (Xyz{1.5, -2.0, 0.0}));
+class PolylineTextGood : public ::testing::TestWithParam<GoodCase> {};
+
+// Two numbers give z 0; the last point of each polyline carries the end
+// flags; a run of blank lines ends one polyline; comments end none.
+TEST_P(PolylineTextGood, ReadsPointsAndPolylineEnds) {
+    const auto pts = parse(GetParam().text);
+    EXPECT_EQ(coords(pts), GetParam().coords);
+    EXPECT_EQ(flags_of(pts), GetParam().flags);
 }
 
-TEST(PolylineText, ThirdNumberIsZ) {
-    const auto pts = parse("1 2 3e-2\n");
-    ASSERT_EQ(pts.size(), 1u);
-    EXPECT_EQ(xyz(pts[0]), (Xyz{1.0, 2.0, 0.03}));
-}
-
-TEST(PolylineText, LastPointOfEachPolylineCarriesTheEndFlags) {
-    const auto pts = parse("0 0\n1 0\n1 1\n\n5 5\n6 6\n");
-    EXPECT_EQ(flags_of(pts), (std::vector<uint32_t>{0, 0, kEnd, 0, kEnd}));
-}
-
-TEST(PolylineText, SeveralBlankLinesEndOnePolylineOnly) {
-    const auto pts = parse("\n\n0 0\n1 1\n\n \t\n\n2 2\n3 3\n\n\n");
-    EXPECT_EQ(flags_of(pts), (std::vector<uint32_t>{0, kEnd, 0, kEnd}));
-}
-
-TEST(PolylineText, CommentLinesDoNotEndAPolyline) {
-    const auto pts = parse("# outline\n0 0\n  # still the same\n1 1\n");
-    EXPECT_EQ(flags_of(pts), (std::vector<uint32_t>{0, kEnd}));
-}
-
-TEST(PolylineText, CommentAfterTheNumbersIsIgnored) {
-    const auto pts = parse("3 4 # corner\n5 6#tight\n");
-    ASSERT_EQ(pts.size(), 2u);
-    EXPECT_EQ(xyz(pts[0]), (Xyz{3, 4, 0}));
-    EXPECT_EQ(xyz(pts[1]), (Xyz{5, 6, 0}));
-}
-
-TEST(PolylineText, SinglePointBetweenBlankLinesIsADot) {
-    const auto pts = parse("0 0\n1 1\n\n7 8\n\n2 2\n3 3\n");
-    EXPECT_EQ(flags_of(pts), (std::vector<uint32_t>{0, kEnd, kEnd, 0, kEnd}));
-}
-
-TEST(PolylineText, CarriageReturnsBeforeLineBreaksAreIgnored) {
-    const auto pts = parse("0 0\r\n1 2\r\n\r\n3 4\r\n");
-    ASSERT_EQ(pts.size(), 3u);
-    EXPECT_EQ(xyz(pts[1]), (Xyz{1, 2, 0}));
-    EXPECT_EQ(flags_of(pts), (std::vector<uint32_t>{0, kEnd, kEnd}));
-}
-
-TEST(PolylineText, LeadingPlusIsAccepted) {
-    const auto pts = parse("+1 +.5\n");
-    ASSERT_EQ(pts.size(), 1u);
-    EXPECT_EQ(xyz(pts[0]), (Xyz{1, 0.5, 0}));
-}
-
-TEST(PolylineText, EmptyTextHasNoPoints) {
-    EXPECT_EQ(parse("").size(), 0u);
-    EXPECT_EQ(parse("# nothing\n\n").size(), 0u);
-}
+INSTANTIATE_TEST_SUITE_P(
+    Cases, PolylineTextGood,
+    ::testing::Values(
+        GoodCase{"1.5 -2\n", {{1.5, -2, 0}}, {kEnd}},
+        GoodCase{"1 2 3e-2\n", {{1, 2, 0.03}}, {kEnd}}, GoodCase{"+1 +.5\n", {{1, 0.5, 0}}, {kEnd}},
+        GoodCase{"0 0\n1 0\n1 1\n\n5 5\n6 6\n",
+                 {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {5, 5, 0}, {6, 6, 0}},
+                 {0, 0, kEnd, 0, kEnd}},
+        GoodCase{"\n\n0 0\n1 1\n\n \t\n\n2 2\n3 3\n\n\n",
+                 {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 3, 0}},
+                 {0, kEnd, 0, kEnd}},
+        GoodCase{"# outline\n0 0\n  # still the same\n1 1\n", {{0, 0, 0}, {1, 1, 0}}, {0, kEnd}},
+        GoodCase{"3 4 # corner\n5 6#tight\n", {{3, 4, 0}, {5, 6, 0}}, {0, kEnd}},
+        GoodCase{"0 0\n1 1\n\n7 8\n\n2 2\n3 3\n", // a lone point is a dot
+                 {{0, 0, 0}, {1, 1, 0}, {7, 8, 0}, {2, 2, 0}, {3, 3, 0}},
+                 {0, kEnd, kEnd, 0, kEnd}},
+        GoodCase{"0 0\r\n1 2\r\n\r\n3 4\r\n", {{0, 0, 0}, {1, 2, 0}, {3, 4, 0}}, {0, kEnd, kEnd}},
+        GoodCase{"", {}, {}}, GoodCase{"# nothing\n\n", {}, {}}));
 
 TEST(PolylineText, NumbersIgnoreTheHostLocale) {
     const char *names[] = {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "C.UTF-8"};
