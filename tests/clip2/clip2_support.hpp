@@ -18,6 +18,7 @@
 namespace clip2_test {
 
 using vexo_test::point;
+using vexo_test::take;
 using Pts = std::vector<GeomPoint>;
 using Handle2 = std::unique_ptr<Clip2Handle, decltype(&vexo_clip2_release)>;
 using Handle1 = std::unique_ptr<ClipHandle, decltype(&vexo_clip_release)>;
@@ -44,10 +45,6 @@ inline Handle2 make2(const Pts &p, uint32_t mode = 0) {
 }
 inline Handle1 make1(const Pts &p, uint32_t mode = 0) {
     return Handle1(vexo_clip_create(p.data(), uint32_t(p.size()), mode), vexo_clip_release);
-}
-inline Pts take(GeomPoint *block, uint32_t n) {
-    vexo_test::Points owned(block);
-    return Pts(block, block + n);
 }
 inline Pts result2(const Handle2 &h) {
     uint32_t n = 0;

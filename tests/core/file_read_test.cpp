@@ -70,14 +70,11 @@ TEST_F(FileRead, FileOverTheLimitIsRefusedUnread) {
     EXPECT_EQ(size, 12345u);
 }
 
-TEST_F(FileRead, MissingFileCannotBeOpened) {
-    EXPECT_EQ(read((folder / "absent.bin").string()), ReadOutcome::CannotOpen);
-    EXPECT_EQ(data, nullptr);
-}
-
-TEST_F(FileRead, FolderIsRefused) {
-    EXPECT_EQ(read(folder.string()), ReadOutcome::CannotOpen);
-    EXPECT_EQ(data, nullptr);
+TEST_F(FileRead, MissingFileOrFolderCannotBeOpened) {
+    for (const fs::path &path : {folder / "absent.bin", folder}) {
+        EXPECT_EQ(read(path.string()), ReadOutcome::CannotOpen) << path;
+        EXPECT_EQ(data, nullptr) << path;
+    }
 }
 
 // Without a writer, a blocking open or read would wait for ever (the test
