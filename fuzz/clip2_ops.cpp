@@ -8,31 +8,20 @@
 #include <vector>
 
 #include "fuzz_check.hpp"
+#include "fuzz_points.hpp"
 #include "vexo.h"
 
 namespace {
 
 constexpr const char *kTarget = "clip2_ops";
 
-// Five bytes a point: x and y as int16 in hundredths, and a flags byte whose
-// bit 0 ends a path and bit 7 moves the point a million times further out
-// (past the grid limit).
+// Five bytes a point (fuzz_points.hpp); bit 7 of the flags byte moves the
+// point a million times further out (past the grid limit), bits 0..3 are z.
 std::vector<GeomPoint> read_points(const uint8_t *data, size_t size) {
-    std::vector<GeomPoint> points;
-    for (size_t i = 0; i + 5 <= size; i += 5) {
-        int16_t x, y;
-        std::memcpy(&x, data + i, 2);
-        std::memcpy(&y, data + i + 2, 2);
-        const double far = (data[i + 4] & 0x80) ? 1.0e6 : 1.0;
-        GeomPoint p;
-        std::memset(&p, 0, sizeof p);
-        p.x = x / 100.0 * far;
-        p.y = y / 100.0;
-        p.z = data[i + 4] & 0x0F;
-        p.flags = data[i + 4] & VEXO_POINT_END;
-        points.push_back(p);
-    }
-    return points;
+    return fuzz_read_points(data, size, false, [](GeomPoint &p, uint8_t flags) {
+        if (flags & 0x80) p.x *= 1.0e6;
+        p.z = flags & 0x0F;
+    });
 }
 
 // Result paths have at least three vertices; the subject keeps the caller's

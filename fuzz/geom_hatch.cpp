@@ -12,26 +12,10 @@
 #include <vector>
 
 #include "fuzz_check.hpp"
+#include "fuzz_points.hpp"
 #include "vexo.h"
 
 namespace {
-
-int16_t read_i16(const uint8_t *p) {
-    return static_cast<int16_t>(uint16_t(p[0]) | uint16_t(p[1]) << 8);
-}
-
-std::vector<GeomPoint> read_rings(const uint8_t *data, size_t size) {
-    std::vector<GeomPoint> pts;
-    for (size_t i = 0; i + 5 <= size; i += 5) {
-        GeomPoint p;
-        std::memset(&p, 0, sizeof p);
-        p.x = read_i16(data + i) / 100.0;
-        p.y = read_i16(data + i + 2) / 100.0;
-        p.flags = data[i + 4] & VEXO_POINT_END;
-        pts.push_back(p);
-    }
-    return pts;
-}
 
 void bound(VexoHatch &h, const std::vector<GeomPoint> &pts) {
     double lo = 0, hi = 0;
@@ -56,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::memset(&h, 0, sizeof h);
     const size_t head = size < sizeof h ? size : sizeof h;
     if (head > 0) std::memcpy(&h, data, head); // an empty input comes as a null pointer
-    const std::vector<GeomPoint> pts = read_rings(data + head, size - head);
+    const std::vector<GeomPoint> pts = fuzz_read_points(data + head, size - head, false);
     const bool raw = head > 0 && (data[0] & 1);
     if (!raw)
         bound(h, pts);

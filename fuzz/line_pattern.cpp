@@ -16,29 +16,12 @@
 #include <vector>
 
 #include "fuzz_check.hpp"
+#include "fuzz_points.hpp"
 #include "vexo.h"
 
 namespace {
 
 constexpr size_t kHead = 50;
-
-int16_t read_i16(const uint8_t *p) {
-    return static_cast<int16_t>(uint16_t(p[0]) | uint16_t(p[1]) << 8);
-}
-
-std::vector<GeomPoint> read_points(const uint8_t *data, size_t size) {
-    std::vector<GeomPoint> pts;
-    for (size_t i = 0; i + 7 <= size; i += 7) {
-        GeomPoint p;
-        std::memset(&p, 0, sizeof p);
-        p.x = read_i16(data + i) / 100.0;
-        p.y = read_i16(data + i + 2) / 100.0;
-        p.z = read_i16(data + i + 4) / 100.0;
-        p.flags = data[i + 6] & VEXO_POINT_END;
-        pts.push_back(p);
-    }
-    return pts;
-}
 
 struct Bounds {
     double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
@@ -77,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::memset(head, 0, sizeof head);
     const size_t used = size < kHead ? size : kHead;
     if (used > 0) std::memcpy(head, data, used); // an empty input comes as a null pointer
-    const std::vector<GeomPoint> pts = read_points(data + used, size - used);
+    const std::vector<GeomPoint> pts = fuzz_read_points(data + used, size - used, true);
     Bounds box;
     for (const GeomPoint &p : pts) box.add(p);
     const bool dashes = head[0] & 1, shaped = head[0] & 2, raw = head[0] & 4;
