@@ -11,7 +11,6 @@
 #include <cstring>
 #include <vector>
 
-#include "fuzz_check.hpp"
 #include "fuzz_points.hpp"
 #include "vexo.h"
 
@@ -48,16 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         h.passes = 2;
     uint32_t n = 0, status = 0;
     GeomPoint *out = vexo_geom_cover(pts.data(), uint32_t(pts.size()), &h, &n, &status);
-    if (status != VEXO_OK && status != VEXO_ERROR_NO_RESULT &&
-        status != VEXO_ERROR_INVALID_PARAMETER && status != VEXO_ERROR_NO_MEMORY)
-        fuzz_fail("geom_hatch", "status outside the allowed ones", status);
-    if ((status == VEXO_OK) != (out != nullptr) || (out == nullptr) != (n == 0))
-        fuzz_fail("geom_hatch", "result and status disagree, point count", n);
-    for (uint32_t i = 0; i < n; ++i)
-        if (!std::isfinite(out[i].x) || !std::isfinite(out[i].y))
-            fuzz_fail("geom_hatch", "point not finite at index", i);
-    if (n > 0 && !(out[n - 1].flags & VEXO_POINT_END))
-        fuzz_fail("geom_hatch", "last point not flagged VEXO_POINT_END, flags", out[n - 1].flags);
+    fuzz_check_points("geom_hatch", out, n, status);
     vexo_geom_release(out);
     return 0;
 }
