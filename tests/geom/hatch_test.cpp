@@ -326,22 +326,6 @@ TEST(Hatch, CrossHatchPassesAreTurnedSinglePasses) {
     EXPECT_TRUE(same_bytes(all.points[0], expected[0], expected.size()));
 }
 
-// Objects hatched one by one with one origin lie on one family of lines.
-TEST(Hatch, SharedOriginPutsNeighboursOnCommonLines) {
-    for (const auto &sq : {square(0, 0, 10, 10), square(10, 0, 17, 10), square(-5, 12, 3, 30)}) {
-        VexoHatch h = hatch(0.7, 30.0);
-        h.origin_x = 1.25;
-        h.origin_y = -3.5;
-        const Result r = cover({sq}, h);
-        ASSERT_EQ(r.status, VEXO_OK);
-        const double a = 30.0 / 360.0 * kTwoPiF;
-        for (const GeomPoint &p : r.points) {
-            const double v = ((p.y + 3.5) * std::cos(a) - (p.x - 1.25) * std::sin(a)) / 0.7;
-            EXPECT_NEAR(v, std::round(v), 1e-9) << p.x << ", " << p.y;
-        }
-    }
-}
-
 TEST(Hatch, ContoursComeClosedBeforeOrAfter) {
     VexoHatch h = hatch(5.0);
     h.options = VEXO_HATCH_CONTOUR_BEFORE | VEXO_HATCH_CONTOUR_AFTER;
