@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iterator>
 #include <ostream>
 #include <vector>
 
@@ -236,17 +237,16 @@ TEST(DashPattern, NullDashIsRefused) {
     EXPECT_EQ(count, 0u);
 }
 
-TEST(DashPattern, TooManyPeriodsIsNoMemory) {
-    const Output run = dashes(polyline({point(0, 0), point(1e3, 0)}), dash_of({1e-6, 1e-6}));
-    EXPECT_EQ(run.status, VEXO_ERROR_NO_MEMORY);
-    EXPECT_TRUE(run.null_result);
-}
-
-TEST(DashPattern, LengthOverflowingToInfinityIsNoMemory) {
-    // 2e308 overflows: the fitted pattern would be NaN and never end.
-    const auto vast = polyline({point(-1e308, 0), point(1e308, 0)});
-    const Output run = dashes(vast, dash_of({1, 1}, 0.0, VEXO_PATTERN_FIT));
-    EXPECT_EQ(run.status, VEXO_ERROR_NO_MEMORY);
+// 10^9 periods; 2e308 overflows, and the fitted pattern would be NaN and
+// never end.
+TEST(DashPattern, ResultBeyondTheLimitIsNoMemory) {
+    const Output runs[] = {dashes(polyline({point(0, 0), point(1e3, 0)}), dash_of({1e-6, 1e-6})),
+                           dashes(polyline({point(-1e308, 0), point(1e308, 0)}),
+                                  dash_of({1, 1}, 0.0, VEXO_PATTERN_FIT))};
+    for (size_t i = 0; i < std::size(runs); ++i) {
+        EXPECT_EQ(runs[i].status, VEXO_ERROR_NO_MEMORY) << "case " << i;
+        EXPECT_TRUE(runs[i].null_result) << "case " << i;
+    }
 }
 
 TEST(DashPattern, NothingDrawnIsNoResult) {

@@ -35,26 +35,43 @@ void expect_near_point(const GeomPoint &got, const GeomPoint &want, double tol, 
 }
 
 struct CountCase {
-    double pitch;
-    double phase;
-    uint32_t count; // floor((11 - phase) / pitch) + 1, worked out by hand
+    const char *name;
+    std::vector<GeomPoint> path;
+    double pitch, phase;
+    uint32_t count; // floor((length - phase) / pitch) + 1, worked out by hand
 };
+
+void PrintTo(const CountCase &c, std::ostream *os) {
+    *os << c.name;
+}
 
 class DotCount : public ::testing::TestWithParam<CountCase> {};
 
 TEST_P(DotCount, IsFloorOfLengthLessPhaseOverPitchPlusOne) {
     const CountCase c = GetParam();
-    const Output run = dots(kBent, c.pitch, c.phase);
+    const Output run = dots(c.path, c.pitch, c.phase);
     EXPECT_EQ(run.status, VEXO_OK);
     EXPECT_EQ(run.count, c.count) << "pitch " << c.pitch << " phase " << c.phase;
 }
 
 // 11 / 2.75 and 11 / 1.1 land exactly on the end: the end dot must be there.
-INSTANTIATE_TEST_SUITE_P(Pitches, DotCount,
-                         ::testing::Values(CountCase{2.0, 0.0, 6}, CountCase{2.0, 0.5, 6},
-                                           CountCase{2.75, 0.0, 5}, CountCase{1.1, 0.0, 11},
-                                           CountCase{3.0, 2.0, 4}, CountCase{0.37, 0.1, 30},
-                                           CountCase{20.0, 0.0, 1}));
+// The length is measured in 3D; the array's end ends a polyline without the
+// flag; a pitch just above the tolerance (1e-7) is accepted.
+INSTANTIATE_TEST_SUITE_P(
+    Pitches, DotCount,
+    ::testing::Values(CountCase{"Pitch2", kBent, 2.0, 0.0, 6},
+                      CountCase{"Pitch2Phase05", kBent, 2.0, 0.5, 6},
+                      CountCase{"Pitch275OnTheEnd", kBent, 2.75, 0.0, 5},
+                      CountCase{"Pitch11OnTheEnd", kBent, 1.1, 0.0, 11},
+                      CountCase{"Pitch3Phase2", kBent, 3.0, 2.0, 4},
+                      CountCase{"Pitch037Phase01", kBent, 0.37, 0.1, 30},
+                      CountCase{"PitchBeyondTheLength", kBent, 20.0, 0.0, 1},
+                      CountCase{"LengthIn3D", polyline({point(0, 0, 0), point(3, 4, 12)}), 1.0, 0.0,
+                                14},
+                      CountCase{"ArrayEndWithoutFlag", {point(0, 0), point(4, 0)}, 1.0, 0.0, 5},
+                      CountCase{"PitchJustAboveTheTolerance",
+                                polyline({point(0, 0), point(1e-6, 0)}), 1.1e-7, 0.0, 10}),
+    [](const ::testing::TestParamInfo<CountCase> &info) { return std::string(info.param.name); });
 
 TEST(DotPattern, PositionsFollowTheArcLengthReference) {
     const auto path = random_path(7, 40, 50.0);
@@ -120,12 +137,6 @@ TEST(DotPattern, PhaseIsTakenModuloPitch) {
         expect_near_point(wrapped.points[k], plain.points[k], 1e-12, k);
 }
 
-TEST(DotPattern, ArrayEndWithoutFlagEndsThePolyline) {
-    std::vector<GeomPoint> open = {point(0, 0), point(4, 0)}; // no end flag anywhere
-    const Output run = dots(open, 1.0, 0.0);
-    EXPECT_EQ(run.count, 5u);
-}
-
 TEST(DotPattern, LonePointIsOneDotAtPhaseZero) {
     const Output run = dots(polyline({point(2, 3, 4)}), 1.0, 0.0);
     ASSERT_EQ(run.count, 1u);
@@ -164,11 +175,6 @@ TEST(DotPattern, TwoDimensionalOptionMeasuresWithoutZ) {
     const Output run = dots(polyline({point(0, 0, 0), point(3, 4, 12)}), 1.0, 0.0, VEXO_PATTERN_2D);
     ASSERT_EQ(run.count, 6u);
     expect_near_point(run.points[2], point(1.2, 1.6, 4.8), 1e-12, 2);
-}
-
-TEST(DotPattern, ThreeDimensionalMeasureUsesZ) {
-    const Output run = dots(polyline({point(0, 0, 0), point(3, 4, 12)}), 1.0, 0.0);
-    EXPECT_EQ(run.count, 14u);
 }
 
 TEST(DotPattern, SegmentFrameMatchesGetDotBitForBit) {
@@ -336,12 +342,6 @@ INSTANTIATE_TEST_SUITE_P(Cases, DotBadInput,
                                            BadDots{"NaN x", 1.0, 0.0, 0, point(NAN, 4)},
                                            BadDots{"infinite z", 1.0, 0.0, 0,
                                                    point(3, 4, INFINITY)}));
-
-TEST(DotPattern, PitchJustAboveTheToleranceIsAccepted) {
-    const Output run = dots(polyline({point(0, 0), point(1e-6, 0)}), 1.1e-7, 0.0);
-    EXPECT_EQ(run.status, VEXO_OK);
-    EXPECT_EQ(run.count, 10u);
-}
 
 // No points with a count, or no place for the count.
 TEST(DotPattern, MissingArraysAreRefused) {
