@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Colour pipeline throughput on a 4K RGB frame, reported against memcpy of
 // the same bytes and against the per-byte formula, all in this process.
-// The portable table walk (the path of processors without 512-bit byte
-// permutes) is timed on its own as well.
+// The call is timed on each walk this processor runs (the 64-byte walk
+// where it has 512-bit byte permutes, the 96-byte walk where it has 256-bit
+// shuffles, the portable walk everywhere), and the portable walk on its own.
 #include "bench_ratio.hpp"
 
 #include <math.h>
@@ -76,6 +77,15 @@ void BM_ProcessColours(benchmark::State &state) {
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * kBytes));
 }
 
+// The call with its walk limited to `walk`, or skipped where the
+// processor lacks it: the figure for processors without the faster walks.
+void BM_ProcessColoursLimited(benchmark::State &state, vexo::ColourWalk walk) {
+    vexo::limit_colour_walk(walk);
+    if (vexo::colour_walk() != walk) state.SkipWithError("processor lacks this walk");
+    BM_ProcessColours(state);
+    vexo::limit_colour_walk(vexo::ColourWalk::Wide);
+}
+
 void BM_PortableWalk(benchmark::State &state) {
     Frame &f = frame();
     vexo::ChannelTables tables;
@@ -101,6 +111,12 @@ void BM_PerByteFormula(benchmark::State &state) {
 
 BENCHMARK(BM_Memcpy)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_ProcessColours)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(BM_ProcessColoursLimited, Shuffle, vexo::ColourWalk::Shuffle)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_CAPTURE(BM_ProcessColoursLimited, Portable, vexo::ColourWalk::Portable)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK(BM_PortableWalk)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_PerByteFormula)->Unit(benchmark::kMillisecond)->UseRealTime();
 
@@ -112,6 +128,10 @@ int main(int argc, char **argv) {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.print_ratio("BM_ProcessColours/real_time", "BM_Memcpy/real_time",
                          "time over memcpy's, goal <= 2.0");
+    reporter.print_ratio("BM_ProcessColoursLimited/Shuffle/real_time", "BM_Memcpy/real_time",
+                         "the call on the 96-byte walk (no 512-bit byte permutes), goal <= 2.0");
+    reporter.print_ratio("BM_ProcessColoursLimited/Portable/real_time", "BM_Memcpy/real_time",
+                         "the call on the portable walk");
     reporter.print_ratio("BM_PortableWalk/real_time", "BM_Memcpy/real_time",
                          "portable walk's time over memcpy's");
     reporter.print_ratio("BM_PerByteFormula/real_time", "BM_ProcessColours/real_time",

@@ -5,6 +5,7 @@
 
 #include <math.h>
 
+#include <atomic>
 #include <cstring>
 #include <mutex>
 
@@ -126,12 +127,34 @@ void map_bytes_portable(uint8_t *dst, const uint8_t *src, size_t bytes, int firs
         dst[i] = t[channel][src[i]];
 }
 
+namespace {
+std::atomic<ColourWalk> g_walk_limit{ColourWalk::Wide};
+} // namespace
+
+ColourWalk colour_walk() {
+    const ColourWalk limit = g_walk_limit.load(std::memory_order_relaxed);
+    if (limit == ColourWalk::Wide && wide_walk_available()) return ColourWalk::Wide;
+    if (limit != ColourWalk::Portable && shuffle_walk_available()) return ColourWalk::Shuffle;
+    return ColourWalk::Portable;
+}
+
+void limit_colour_walk(ColourWalk fastest) {
+    g_walk_limit.store(fastest, std::memory_order_relaxed);
+}
+
 void map_pixels(uint8_t *dst, const uint8_t *src, size_t pixels, const ChannelTables &tables) {
     const size_t bytes = pixels * kColourChannels;
-    if (wide_walk_available())
+    switch (colour_walk()) {
+    case ColourWalk::Wide:
         map_bytes_wide(dst, src, bytes, tables);
-    else
+        break;
+    case ColourWalk::Shuffle:
+        map_bytes_shuffle(dst, src, bytes, tables);
+        break;
+    case ColourWalk::Portable:
         map_bytes_portable(dst, src, bytes, 0, tables);
+        break;
+    }
 }
 
 } // namespace vexo

@@ -44,9 +44,8 @@ void build_channel_tables(const GammaTable &gamma, const ColourLevels &levels,
                           ChannelTables &tables);
 
 // Maps `pixels` 3-byte pixels from src to dst through the tables.  dst may
-// equal src; other overlaps are not supported.  Takes the 64-byte walk
-// when the processor has it, the portable walk otherwise; both give the
-// same bytes.
+// equal src; other overlaps are not supported.  Takes the walk that
+// colour_walk() names; all give the same bytes.
 void map_pixels(uint8_t *dst, const uint8_t *src, size_t pixels, const ChannelTables &tables);
 
 // The portable walk: `bytes` bytes whose first one belongs to channel
@@ -61,6 +60,22 @@ bool wide_walk_available();
 // The 64-byte walk, which must only run where wide_walk_available().
 // Outputs of at least kStreamingBytes bypass the cache on the way out.
 void map_bytes_wide(uint8_t *dst, const uint8_t *src, size_t bytes, const ChannelTables &tables);
+
+// True when this processor runs the 96-byte walk (16-byte table shuffles
+// on 256-bit registers), checked once at run time.
+bool shuffle_walk_available();
+
+// The 96-byte walk, which must only run where shuffle_walk_available().
+// Outputs of at least kStreamingBytes bypass the cache on the way out.
+void map_bytes_shuffle(uint8_t *dst, const uint8_t *src, size_t bytes, const ChannelTables &tables);
+
+enum class ColourWalk { Portable, Shuffle, Wide };
+
+// The walk map_pixels takes: the fastest this processor runs, or a slower
+// one after limit_colour_walk, so that tests and benchmarks can run each
+// walk through the public call.
+ColourWalk colour_walk();
+void limit_colour_walk(ColourWalk fastest);
 
 // An image this large does not stay in the cache together with its source,
 // so storing it through the cache only evicts data the host may still use.
