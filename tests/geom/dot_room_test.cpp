@@ -80,12 +80,4 @@ TEST_F(DotInRoom, RecordVariantFillsInPlace) {
     EXPECT_EQ(block[2].flags, VEXO_POINT_END);
 }
 
-// A shape with room left still draws the figure, not a single dot.
-TEST_F(DotInRoom, ShapeTakesTheFigurePath) {
-    const GeomPoint at{0, 0, 0, 0, 0};
-    const GeomDotShape circle = {0, 0, 0, 4, 2000, 0, 0};
-    block = vexo_geom_append_dot_fast(block, &count, &at, true, &circle, &capacity);
-    EXPECT_EQ(count, 5u);
-}
-
 } // namespace
