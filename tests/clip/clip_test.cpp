@@ -12,6 +12,8 @@
 namespace {
 
 using vexo_test::point;
+using vexo_test::rect;
+using vexo_test::operator+;
 using Pts = std::vector<GeomPoint>;
 using Box = std::vector<double>; // x0, y0, x1, y1
 using Handle = std::unique_ptr<ClipHandle, decltype(&vexo_clip_release)>;
@@ -21,14 +23,6 @@ constexpr uint32_t kMiter = VEXO_CLIP_JOIN_MITER, kRound = VEXO_CLIP_JOIN_ROUND,
                    kSquare = VEXO_CLIP_JOIN_SQUARE;
 constexpr double kNan = NAN, kInf = INFINITY;
 
-// Counter-clockwise rectangle closed by a copy of its first corner, flagged `end`.
-Pts rect(double x0, double y0, double x1, double y1, double z = 0.0, uint32_t end = kEnd) {
-    return {point(x0, y0, z), point(x1, y0, z), point(x1, y1, z), point(x0, y1, z),
-            point(x0, y0, z, end)};
-}
-Pts operator+(Pts a, const Pts &b) {
-    return a.insert(a.end(), b.begin(), b.end()), a;
-}
 Handle make(const Pts &p, uint32_t mode = 0) {
     return Handle(vexo_clip_create(p.data(), uint32_t(p.size()), mode), vexo_clip_release);
 }

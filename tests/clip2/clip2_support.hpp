@@ -18,28 +18,15 @@
 namespace clip2_test {
 
 using vexo_test::point;
+using vexo_test::rect;
+using vexo_test::ring;
 using vexo_test::take;
+using vexo_test::operator+;
 using Pts = std::vector<GeomPoint>;
 using Handle2 = std::unique_ptr<Clip2Handle, decltype(&vexo_clip2_release)>;
 using Handle1 = std::unique_ptr<ClipHandle, decltype(&vexo_clip_release)>;
 constexpr uint32_t kEnd = VEXO_POINT_END;
 
-// Counter-clockwise rectangle closed by a copy of its first corner.
-inline Pts rect(double x0, double y0, double x1, double y1, double z = 0.0) {
-    return {point(x0, y0, z), point(x1, y0, z), point(x1, y1, z), point(x0, y1, z),
-            point(x0, y0, z, kEnd)};
-}
-// Closed path through `xy` (pairs of coordinates).
-inline Pts ring(const std::vector<double> &xy) {
-    Pts p;
-    for (size_t i = 0; i + 1 < xy.size(); i += 2) p.push_back(point(xy[i], xy[i + 1]));
-    p.push_back(point(xy[0], xy[1], 0.0, kEnd));
-    return p;
-}
-inline Pts operator+(Pts a, const Pts &b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
 inline Handle2 make2(const Pts &p, uint32_t mode = 0) {
     return Handle2(vexo_clip2_create(p.data(), uint32_t(p.size()), mode), vexo_clip2_release);
 }

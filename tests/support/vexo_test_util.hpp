@@ -61,6 +61,26 @@ inline std::vector<std::vector<GeomPoint>> polylines(const std::vector<GeomPoint
     return out;
 }
 
+// A counter-clockwise rectangle closed by a copy of its first corner, which
+// carries `end`.
+inline std::vector<GeomPoint> rect(double x0, double y0, double x1, double y1, double z = 0.0,
+                                   uint32_t end = VEXO_POINT_END) {
+    return {point(x0, y0, z), point(x1, y0, z), point(x1, y1, z), point(x0, y1, z),
+            point(x0, y0, z, end)};
+}
+// A path through `xy` (pairs of coordinates) closed by a flagged copy of its start.
+inline std::vector<GeomPoint> ring(const std::vector<double> &xy) {
+    std::vector<GeomPoint> p;
+    for (size_t i = 0; i + 1 < xy.size(); i += 2) p.push_back(point(xy[i], xy[i + 1]));
+    p.push_back(point(xy[0], xy[1], 0.0, VEXO_POINT_END));
+    return p;
+}
+// Two point lists one after the other.
+inline std::vector<GeomPoint> operator+(std::vector<GeomPoint> a, const std::vector<GeomPoint> &b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
 // A block the library returned, copied and released (NULL: no points).
 inline std::vector<GeomPoint> take(GeomPoint *block, uint32_t count) {
     const Points owned(block);
