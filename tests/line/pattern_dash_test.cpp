@@ -104,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const ::testing::TestParamInfo<Worked> &info) { return info.param.name; });
 
 TEST(DashPattern, DashesRestartOnEachPolyline) {
-    const Output run = dashes(joined(kTen, polyline({point(0, 5), point(10, 5)})), dash_of({2, 1}));
+    const Output run = dashes(kTen + polyline({point(0, 5), point(10, 5)}), dash_of({2, 1}));
     const auto got = paths(run);
     ASSERT_EQ(got.size(), 8u);
     EXPECT_EQ(got[4], (Path{{0, 5, 0}, {2, 5, 0}}));

@@ -124,7 +124,7 @@ TEST(DotPattern, PhaseRunsOnAcrossVertices) {
 TEST(DotPattern, PhaseRestartsOnEachPolyline) {
     const auto first = polyline({point(0, 0), point(5, 0)});
     const auto second = polyline({point(0, 3), point(5, 3)});
-    const Output run = dots(joined(first, second), 2.0, 0.5);
+    const Output run = dots(first + second, 2.0, 0.5);
     ASSERT_EQ(run.count, 6u); // 0.5, 2.5, 4.5 on each
     expect_near_point(run.points[3], point(0.5, 3), 1e-12, 3);
 }

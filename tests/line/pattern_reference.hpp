@@ -16,6 +16,7 @@
 namespace pattern_test {
 
 using vexo_test::point;
+using vexo_test::operator+;
 
 inline double seg_length(const GeomPoint &a, const GeomPoint &b, bool only2d) {
     const double dz = only2d ? 0.0 : b.z - a.z;
@@ -56,13 +57,6 @@ inline std::vector<GeomPoint> random_path(unsigned seed, int n, double extent) {
     std::vector<GeomPoint> path;
     for (int i = 0; i < n; ++i) path.push_back(point(coord(rng), coord(rng), coord(rng)));
     return polyline(path);
-}
-
-inline std::vector<GeomPoint> joined(const std::vector<GeomPoint> &a,
-                                     const std::vector<GeomPoint> &b) {
-    std::vector<GeomPoint> all = a;
-    all.insert(all.end(), b.begin(), b.end());
-    return all;
 }
 
 // The output of one pattern call, owned.
