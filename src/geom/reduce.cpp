@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "geom/reduce.hpp"
 
+#include <algorithm>
 #include <cmath>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 #include "core/constants.hpp"
 #include "core/point_flags.hpp"
@@ -24,20 +29,47 @@ public:
     explicit CloserThan(double limit) : limit_(limit) {
         const bool squares_are_safe = limit >= 1e-100 && limit <= 1e100;
         const double square = limit * limit;
+        // Out of the safe range no square is surely below or above: -1 and
+        // infinity fail every test against a square (NaN included).
         surely_below_ = squares_are_safe ? square * (1.0 - 0x1p-40) : -1.0;
-        surely_above_ = squares_are_safe ? square * (1.0 + 0x1p-40) : -1.0;
+        surely_above_ = squares_are_safe ? square * (1.0 + 0x1p-40) : HUGE_VAL;
     }
 
     // True only where operator() is surely false, decided on the squares
     // alone; false where the root would be needed.
     bool surely_not(const GeomPoint &a, const GeomPoint &b) const {
-        return surely_above_ >= 0.0 && squared_distance<WithZ>(a, b) > surely_above_;
+        return squared_distance<WithZ>(a, b) > surely_above_;
+    }
+
+    // surely_not(p[0], p[1]) in bit 0 and surely_not(p[1], p[2]) in bit 1,
+    // with the same operations in the same order, two lanes at a time.
+    unsigned surely_not_twice(const GeomPoint *p) const {
+#ifdef __SSE2__
+        const __m128d xy0 = _mm_loadu_pd(&p[0].x);
+        const __m128d xy1 = _mm_loadu_pd(&p[1].x);
+        const __m128d xy2 = _mm_loadu_pd(&p[2].x);
+        const __m128d d01 = _mm_sub_pd(xy0, xy1);
+        const __m128d d12 = _mm_sub_pd(xy1, xy2);
+        const __m128d sq01 = _mm_mul_pd(d01, d01);
+        const __m128d sq12 = _mm_mul_pd(d12, d12);
+        __m128d squared = _mm_add_pd(_mm_unpacklo_pd(sq01, sq12), _mm_unpackhi_pd(sq01, sq12));
+        if constexpr (WithZ) {
+            const __m128d z01 = _mm_loadh_pd(_mm_load_sd(&p[0].z), &p[1].z);
+            const __m128d z12 = _mm_loadh_pd(_mm_load_sd(&p[1].z), &p[2].z);
+            const __m128d dz = _mm_sub_pd(z01, z12);
+            squared = _mm_add_pd(squared, _mm_mul_pd(dz, dz));
+        }
+        return static_cast<unsigned>(
+            _mm_movemask_pd(_mm_cmpgt_pd(squared, _mm_set1_pd(surely_above_))));
+#else
+        return (surely_not(p[0], p[1]) ? 1u : 0u) | (surely_not(p[1], p[2]) ? 2u : 0u);
+#endif
     }
 
     bool operator()(const GeomPoint &a, const GeomPoint &b) const {
         const double squared = squared_distance<WithZ>(a, b);
         if (squared < surely_below_) return true;
-        if (squared > surely_above_ && surely_above_ >= 0.0) return false;
+        if (squared > surely_above_) return false;
         return limit_ > std::sqrt(squared);
     }
 
@@ -49,10 +81,10 @@ private:
 
 // Distance reduction in four steps: (1) drop points closer than min_dist
 // to the anchor, (2) compact, (3) drop two-point lines shorter than
-// min_dist, (4) compact.  The steps run as one pipeline: each later step
-// trails the one before it over points that step can no longer change, so
-// the array streams through the cache once instead of four times.  Every
-// step still sees exactly the points it would see if run on its own.
+// min_dist, (4) compact.  Step 1 walks the array; whatever lies behind its
+// anchor is final and goes through steps 2 to 4 at once, in one fused
+// pass, while it is still in the cache.  Every step still sees exactly the
+// points it would see if run on its own.
 template <bool WithZ> class DistanceReduction {
 public:
     DistanceReduction(GeomPoint *points, uint32_t count, double min_dist)
@@ -60,12 +92,13 @@ public:
 
     uint32_t run() {
         if (count_ > 1) drop_close_points();
-        settle(count_, true);
-        return kept_;
+        emit_final(count_);
+        return written_;
     }
 
 private:
-    // How far the later steps may lag behind step 1 (points).
+    // How far the emitting pass may lag behind step 1, and how far one
+    // step over quiet points may go (points).
     static constexpr uint32_t kChunk = 1024;
 
     // Step 1.  Points before the anchor are never looked at again, so
@@ -78,9 +111,8 @@ private:
         uint32_t i = 1;
         while (i < count_) {
             if (anchor + 1 == i) {
-                i = skip_quiet_points(i);
+                i = step_over_quiet_points(i);
                 anchor = i - 1;
-                if (anchor - consumed_ >= kChunk) settle(anchor, false);
                 if (i >= count_) break;
             }
             if (is_end(points_[i])) {
@@ -90,6 +122,7 @@ private:
                 points_[anchor].flags &= ~kEndAndMark;
                 points_[i].flags |= VEXO_POINT_PROCESSED;
                 ++i;
+                touched_below_ = i;
                 continue;
             } else {
                 do {
@@ -97,60 +130,100 @@ private:
                 } while (is_processed(points_[anchor]) && anchor + 1 < count_);
                 i = anchor + 1;
             }
-            if (anchor - consumed_ >= kChunk) settle(anchor, false);
+            if (anchor - emitted_ >= kChunk) emit_final(anchor);
         }
     }
 
-    // With the anchor right before i, a point that is no line end, not
-    // marked and surely not closer than min_dist to its predecessor only
-    // moves the anchor onto itself.  Most points are such points; they are
-    // stepped over here with one flag test and one squared distance each.
-    // Returns the first point that needs the full step (or the end of the
-    // run, at most two chunks on, so that the later steps keep up).
-    uint32_t skip_quiet_points(uint32_t i) const {
-        const uint32_t stop = count_ - consumed_ > 2 * kChunk ? consumed_ + 2 * kChunk : count_;
-        while (i < stop && (points_[i].flags & (VEXO_POINT_END | VEXO_POINT_PROCESSED)) == 0 &&
-               closer_.surely_not(points_[i - 1], points_[i]))
-            ++i;
-        return i;
+    // With the anchor right before i, a quiet point (not processed, and a
+    // line end or surely not closer than min_dist to its predecessor) only
+    // moves the anchor onto itself.  Most points are quiet; they are found
+    // 64 at a time in a bit mask and stepped over without a branch each.
+    // Returns the first point that needs the full step.
+    uint32_t step_over_quiet_points(uint32_t i) {
+        const uint32_t next = find_loud_point(i);
+        if (next - 1 - emitted_ >= kChunk) emit_final(next - 1);
+        return next;
     }
 
-    // Step 3 at compacted index k.  The scan starts at the third point, so
-    // a short line at the very start of the array always stays; older
-    // hosts' output depends on that.
-    void drop_short_pair(uint32_t k) {
-        if (!is_end(points_[k - 2]) || is_end(points_[k - 1]) || !is_end(points_[k])) return;
-        if (closer_(points_[k], points_[k - 1])) {
-            points_[k - 1].flags |= VEXO_POINT_PROCESSED;
-            points_[k].flags |= VEXO_POINT_PROCESSED;
+    // The first point from i on that is not quiet, or the point kChunk on.
+    uint32_t find_loud_point(uint32_t i) {
+        // A point step 1 has marked has a stale bit: take the full step.
+        if (i < touched_below_) return i;
+        const uint32_t stop = count_ - i > kChunk ? i + kChunk : count_;
+        while (i < stop) {
+            const uint32_t base = i & ~63u;
+            if (base != mask_base_) load_quiet_mask(base);
+            const uint64_t loud = ~quiet_mask_ >> (i - base);
+            if (loud != 0) return std::min(i + static_cast<uint32_t>(__builtin_ctzll(loud)), stop);
+            i = base + 64;
         }
+        return stop;
     }
 
-    // Runs steps 2 to 4 over the points before `final_below` (indices of the
-    // original array), whose step-1 marks are final.
-    void settle(uint32_t final_below, bool last) {
-        compacted_ +=
-            move_unprocessed(points_ + compacted_, points_ + consumed_, final_below - consumed_);
-        consumed_ = final_below;
-        for (; next_pair_ < compacted_; ++next_pair_) drop_short_pair(next_pair_);
-        // Step 3 at k marks k - 1 and k and reads from k - 2 on: step 4
-        // stays clear of all three until the end.
-        uint32_t limit = compacted_;
-        if (!last) limit = next_pair_ >= 3 ? next_pair_ - 3 : 0;
-        if (limit > paired_) {
-            kept_ += move_unprocessed(points_ + kept_, points_ + paired_, limit - paired_);
-            paired_ = limit;
+    // One bit per point of the 64 from base: set where the point is quiet.
+    // A bit depends on the point's own flags and on its predecessor's
+    // position, neither of which step 1 changes ahead of its walk.
+    void load_quiet_mask(uint32_t base) {
+        const uint32_t first = base == 0 ? 1 : base;
+        const uint32_t end = count_ - base > 64 ? base + 64 : count_;
+        uint64_t mask = 0;
+        uint32_t j = first;
+        for (; j + 1 < end; j += 2) {
+            const uint64_t far = closer_.surely_not_twice(points_ + j - 1);
+            const uint64_t ends = end_bit(points_[j]) | end_bit(points_[j + 1]) << 1;
+            const uint64_t live = live_bit(points_[j]) | live_bit(points_[j + 1]) << 1;
+            mask |= ((far | ends) & live) << (j - base);
         }
+        if (j < end) {
+            const uint64_t far = closer_.surely_not(points_[j - 1], points_[j]) ? 1u : 0u;
+            mask |= ((far | end_bit(points_[j])) & live_bit(points_[j])) << (j - base);
+        }
+        quiet_mask_ = mask;
+        mask_base_ = base;
+    }
+
+    // Flag tests as 0 or 1 without a branch.
+    static uint64_t end_bit(const GeomPoint &p) { return p.flags & VEXO_POINT_END; }
+    static uint64_t live_bit(const GeomPoint &p) {
+        return ((p.flags / VEXO_POINT_PROCESSED) & 1u) ^ 1u;
+    }
+
+    // Steps 2 to 4 over the points before `final_below`, whose step-1 marks
+    // are final.  Step 2 keeps the unprocessed points; step 3 looks at each
+    // kept point k with the line-end flags of the two kept before it and
+    // drops the pair k - 1, k when they form a line of their own shorter
+    // than min_dist; step 4 is the write position stepping back over such a
+    // pair.  Every record is written, and the write position moves only
+    // past kept ones, so scattered drops cost no branch.  Writes stay at or
+    // before the point read, and before step 1's anchor.
+    void emit_final(uint32_t final_below) {
+        for (uint32_t j = emitted_; j < final_below; ++j) {
+            const GeomPoint point = points_[j];
+            copy_record(points_ + written_, point);
+            const uint32_t kept = static_cast<uint32_t>(live_bit(point));
+            const uint32_t kept_end = kept & static_cast<uint32_t>(end_bit(point));
+            // Step 3 starts at the third kept point, so a short line at the
+            // very start of the array always stays; older hosts' output
+            // depends on that.  ends_before_ starts at 0 for this reason.
+            if (kept_end && ends_before_ == 0b10 && closer_(point, points_[written_ - 1])) {
+                --written_;
+            } else {
+                written_ += kept;
+            }
+            ends_before_ = ((ends_before_ << kept) | kept_end) & 0b11u;
+        }
+        emitted_ = std::max(emitted_, final_below);
     }
 
     GeomPoint *points_;
     uint32_t count_;
     CloserThan<WithZ> closer_;
-    uint32_t consumed_ = 0;  // original points handed to step 2
-    uint32_t compacted_ = 0; // points kept by step 2
-    uint32_t next_pair_ = 2; // next compacted index for step 3
-    uint32_t paired_ = 0;    // compacted points handed to step 4
-    uint32_t kept_ = 0;      // points kept by step 4
+    uint32_t emitted_ = 0;       // original points handed to steps 2 to 4
+    uint32_t written_ = 0;       // points kept so far
+    uint32_t ends_before_ = 0;   // line-end flags of the last two kept points
+    uint32_t touched_below_ = 0; // step 1 has marked no point from here on
+    uint32_t mask_base_ = 1;     // never a multiple of 64: no mask loaded yet
+    uint64_t quiet_mask_ = 0;
 };
 
 struct Vec3 {
