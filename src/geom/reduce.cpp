@@ -4,12 +4,9 @@
 #include <algorithm>
 #include <cmath>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 #include "core/constants.hpp"
 #include "core/point_flags.hpp"
+#include "geom/quiet_bits.hpp"
 #include "line/compact.hpp"
 #include "line/measure.hpp"
 
@@ -35,36 +32,9 @@ public:
         surely_above_ = squares_are_safe ? square * (1.0 + 0x1p-40) : HUGE_VAL;
     }
 
-    // True only where operator() is surely false, decided on the squares
-    // alone; false where the root would be needed.
-    bool surely_not(const GeomPoint &a, const GeomPoint &b) const {
-        return squared_distance<WithZ>(a, b) > surely_above_;
-    }
-
-    // surely_not(p[0], p[1]) in bit 0 and surely_not(p[1], p[2]) in bit 1,
-    // with the same operations in the same order, two lanes at a time.
-    unsigned surely_not_twice(const GeomPoint *p) const {
-#ifdef __SSE2__
-        const __m128d xy0 = _mm_loadu_pd(&p[0].x);
-        const __m128d xy1 = _mm_loadu_pd(&p[1].x);
-        const __m128d xy2 = _mm_loadu_pd(&p[2].x);
-        const __m128d d01 = _mm_sub_pd(xy0, xy1);
-        const __m128d d12 = _mm_sub_pd(xy1, xy2);
-        const __m128d sq01 = _mm_mul_pd(d01, d01);
-        const __m128d sq12 = _mm_mul_pd(d12, d12);
-        __m128d squared = _mm_add_pd(_mm_unpacklo_pd(sq01, sq12), _mm_unpackhi_pd(sq01, sq12));
-        if constexpr (WithZ) {
-            const __m128d z01 = _mm_loadh_pd(_mm_load_sd(&p[0].z), &p[1].z);
-            const __m128d z12 = _mm_loadh_pd(_mm_load_sd(&p[1].z), &p[2].z);
-            const __m128d dz = _mm_sub_pd(z01, z12);
-            squared = _mm_add_pd(squared, _mm_mul_pd(dz, dz));
-        }
-        return static_cast<unsigned>(
-            _mm_movemask_pd(_mm_cmpgt_pd(squared, _mm_set1_pd(surely_above_))));
-#else
-        return (surely_not(p[0], p[1]) ? 1u : 0u) | (surely_not(p[1], p[2]) ? 2u : 0u);
-#endif
-    }
+    // Squared distances above this are surely not closer than the limit
+    // (infinity where the squares cannot decide).
+    double surely_above() const { return surely_above_; }
 
     bool operator()(const GeomPoint &a, const GeomPoint &b) const {
         const double squared = squared_distance<WithZ>(a, b);
@@ -160,59 +130,46 @@ private:
         return stop;
     }
 
-    // One bit per point of the 64 from base: set where the point is quiet.
-    // A bit depends on the point's own flags and on its predecessor's
-    // position, neither of which step 1 changes ahead of its walk.
     void load_quiet_mask(uint32_t base) {
         const uint32_t first = base == 0 ? 1 : base;
         const uint32_t end = count_ - base > 64 ? base + 64 : count_;
-        uint64_t mask = 0;
-        uint32_t j = first;
-        for (; j + 1 < end; j += 2) {
-            const uint64_t far = closer_.surely_not_twice(points_ + j - 1);
-            const uint64_t ends = end_bit(points_[j]) | end_bit(points_[j + 1]) << 1;
-            const uint64_t live = live_bit(points_[j]) | live_bit(points_[j + 1]) << 1;
-            mask |= ((far | ends) & live) << (j - base);
-        }
-        if (j < end) {
-            const uint64_t far = closer_.surely_not(points_[j - 1], points_[j]) ? 1u : 0u;
-            mask |= ((far | end_bit(points_[j])) & live_bit(points_[j])) << (j - base);
-        }
-        quiet_mask_ = mask;
+        quiet_mask_ = quiet_bits<WithZ>(points_, base, first, end, closer_.surely_above());
         mask_base_ = base;
     }
 
-    // Flag tests as 0 or 1 without a branch.
-    static uint64_t end_bit(const GeomPoint &p) { return p.flags & VEXO_POINT_END; }
-    static uint64_t live_bit(const GeomPoint &p) {
-        return ((p.flags / VEXO_POINT_PROCESSED) & 1u) ^ 1u;
+    // Steps 2 to 4 over the points before `final_below`, whose step-1 marks
+    // are final.  Step 2 keeps the unprocessed points.  Step 3 drops a kept
+    // point k and the one kept before it when they form a line of their own
+    // shorter than min_dist: k ends a line, k - 1 does not, k - 2 does.
+    // Step 4 is the write position stepping back over such a pair.  Every
+    // record is written, and the write position moves only past kept ones,
+    // so scattered drops cost no branch.  Writes stay at or before the
+    // point read, and before step 1's anchor.
+    void emit_final(uint32_t final_below) {
+        uint32_t written = written_;
+        for (uint32_t j = emitted_; j < final_below; ++j) {
+            const uint32_t flags = points_[j].flags;
+            copy_record(points_ + written, points_[j]);
+            const uint32_t kept = ((flags / VEXO_POINT_PROCESSED) & 1u) ^ 1u;
+            if ((kept & flags & VEXO_POINT_END) && ends_short_line(written)) {
+                --written;
+            } else {
+                written += kept;
+            }
+        }
+        written_ = written;
+        emitted_ = std::max(emitted_, final_below);
     }
 
-    // Steps 2 to 4 over the points before `final_below`, whose step-1 marks
-    // are final.  Step 2 keeps the unprocessed points; step 3 looks at each
-    // kept point k with the line-end flags of the two kept before it and
-    // drops the pair k - 1, k when they form a line of their own shorter
-    // than min_dist; step 4 is the write position stepping back over such a
-    // pair.  Every record is written, and the write position moves only
-    // past kept ones, so scattered drops cost no branch.  Writes stay at or
-    // before the point read, and before step 1's anchor.
-    void emit_final(uint32_t final_below) {
-        for (uint32_t j = emitted_; j < final_below; ++j) {
-            const GeomPoint point = points_[j];
-            copy_record(points_ + written_, point);
-            const uint32_t kept = static_cast<uint32_t>(live_bit(point));
-            const uint32_t kept_end = kept & static_cast<uint32_t>(end_bit(point));
-            // Step 3 starts at the third kept point, so a short line at the
-            // very start of the array always stays; older hosts' output
-            // depends on that.  ends_before_ starts at 0 for this reason.
-            if (kept_end && ends_before_ == 0b10 && closer_(point, points_[written_ - 1])) {
-                --written_;
-            } else {
-                written_ += kept;
-            }
-            ends_before_ = ((ends_before_ << kept) | kept_end) & 0b11u;
-        }
-        emitted_ = std::max(emitted_, final_below);
+    // Step 3 at the line end just written at k, reading k - 1 and k - 2
+    // from the written points.  A dropped pair is gone from them, but
+    // reading past it decides the same: it ended in a line end, and so did
+    // the point before it, which now takes its place.  Step 3 starts at
+    // the third kept point, so a short line at the very start of the array
+    // always stays; older hosts' output depends on that.
+    bool ends_short_line(uint32_t k) const {
+        return k >= 2 && !is_end(points_[k - 1]) && is_end(points_[k - 2]) &&
+               closer_(points_[k], points_[k - 1]);
     }
 
     GeomPoint *points_;
@@ -220,7 +177,6 @@ private:
     CloserThan<WithZ> closer_;
     uint32_t emitted_ = 0;       // original points handed to steps 2 to 4
     uint32_t written_ = 0;       // points kept so far
-    uint32_t ends_before_ = 0;   // line-end flags of the last two kept points
     uint32_t touched_below_ = 0; // step 1 has marked no point from here on
     uint32_t mask_base_ = 1;     // never a multiple of 64: no mask loaded yet
     uint64_t quiet_mask_ = 0;
