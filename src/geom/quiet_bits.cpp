@@ -1,22 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "geom/quiet_bits.hpp"
 
-#include <atomic>
-
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
-#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
-#include <immintrin.h>
-#define VEXO_WIDE_QUIET_BITS 1
-#endif
 
+#include "geom/wide_reduce.hpp"
 #include "line/measure.hpp"
 
 namespace vexo {
 namespace {
-
-std::atomic<bool> g_wide_allowed{true};
 
 // 1 where the point may be stepped over whatever its distance (a line
 // end), and where it never may (processed), as 0 or 1 without a branch.
@@ -72,9 +65,9 @@ uint64_t narrow_quiet_bits(const GeomPoint *p, uint32_t base, uint32_t first, ui
     return bits;
 }
 
-#ifdef VEXO_WIDE_QUIET_BITS
+#ifdef VEXO_WIDE_REDUCE
 
-#define VEXO_WIDE_TARGET __attribute__((target("avx2")))
+#define VEXO_WIDE_TARGET VEXO_WIDE_REDUCE_TARGET
 
 // (x, y, z, 0) of a record: the flags lane is cleared before any
 // arithmetic, so no flag pattern is ever computed with as a double.
@@ -126,16 +119,6 @@ VEXO_WIDE_TARGET uint64_t wide_quiet_bits(const GeomPoint *p, uint32_t base, uin
     return bits;
 }
 
-bool processor_has_wide_quiet_bits() {
-    return __builtin_cpu_supports("avx2");
-}
-
-#else
-
-bool processor_has_wide_quiet_bits() {
-    return false;
-}
-
 #endif
 
 } // namespace
@@ -143,8 +126,8 @@ bool processor_has_wide_quiet_bits() {
 template <bool WithZ>
 uint64_t quiet_bits(const GeomPoint *points, uint32_t base, uint32_t first, uint32_t end,
                     double surely_above) noexcept {
-#ifdef VEXO_WIDE_QUIET_BITS
-    if (wide_quiet_bits_available())
+#ifdef VEXO_WIDE_REDUCE
+    if (wide_reduce_available())
         return wide_quiet_bits<WithZ>(points, base, first, end, surely_above);
 #endif
     return narrow_quiet_bits<WithZ>(points, base, first, end, surely_above);
@@ -154,14 +137,5 @@ template uint64_t quiet_bits<true>(const GeomPoint *, uint32_t, uint32_t, uint32
                                    double) noexcept;
 template uint64_t quiet_bits<false>(const GeomPoint *, uint32_t, uint32_t, uint32_t,
                                     double) noexcept;
-
-bool wide_quiet_bits_available() noexcept {
-    static const bool present = processor_has_wide_quiet_bits();
-    return present && g_wide_allowed.load(std::memory_order_relaxed);
-}
-
-void allow_wide_quiet_bits(bool allowed) noexcept {
-    g_wide_allowed.store(allowed, std::memory_order_relaxed);
-}
 
 } // namespace vexo

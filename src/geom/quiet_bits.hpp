@@ -5,7 +5,7 @@
 // surely farther than the minimum distance from its predecessor, decided
 // on squared distances against a bound with a margin (see CloserThan in
 // reduce.cpp).  The bits are identical on every path; the 256-bit one runs
-// only where wide_quiet_bits_available().
+// only where wide_reduce_available().
 #pragma once
 
 #include <cstdint>
@@ -21,10 +21,5 @@ namespace vexo {
 template <bool WithZ>
 uint64_t quiet_bits(const GeomPoint *points, uint32_t base, uint32_t first, uint32_t end,
                     double surely_above) noexcept;
-
-// True when this processor has AVX2 (checked once), unless
-// allow_wide_quiet_bits(false) was called: tests run both paths.
-bool wide_quiet_bits_available() noexcept;
-void allow_wide_quiet_bits(bool allowed) noexcept;
 
 } // namespace vexo

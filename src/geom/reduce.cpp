@@ -6,6 +6,7 @@
 
 #include "core/constants.hpp"
 #include "core/point_flags.hpp"
+#include "geom/kept_records.hpp"
 #include "geom/quiet_bits.hpp"
 #include "line/compact.hpp"
 #include "line/measure.hpp"
@@ -35,6 +36,15 @@ public:
     // Squared distances above this are surely not closer than the limit
     // (infinity where the squares cannot decide).
     double surely_above() const { return surely_above_; }
+
+    // operator() decided on the squares alone: true or false only where it
+    // is surely so, false where the root would be needed.
+    bool surely(const GeomPoint &a, const GeomPoint &b) const {
+        return squared_distance<WithZ>(a, b) < surely_below_;
+    }
+    bool surely_not(const GeomPoint &a, const GeomPoint &b) const {
+        return squared_distance<WithZ>(a, b) > surely_above_;
+    }
 
     bool operator()(const GeomPoint &a, const GeomPoint &b) const {
         const double squared = squared_distance<WithZ>(a, b);
@@ -108,18 +118,28 @@ private:
     // line end or surely not closer than min_dist to its predecessor) only
     // moves the anchor onto itself.  Most points are quiet; they are found
     // 64 at a time in a bit mask and stepped over without a branch each.
-    // Returns the first point that needs the full step.
+    // The commonest other point is a lone close one, dropped here as the
+    // full step would.  Returns the first point that needs the full step,
+    // with the anchor right before it.
     uint32_t step_over_quiet_points(uint32_t i) {
-        const uint32_t next = find_loud_point(i);
-        if (next - 1 - emitted_ >= kChunk) emit_final(next - 1);
-        return next;
-    }
-
-    // The first point from i on that is not quiet, or the point kChunk on.
-    uint32_t find_loud_point(uint32_t i) {
         // A point step 1 has marked has a stale bit: take the full step.
         if (i < touched_below_) return i;
         const uint32_t stop = count_ - i > kChunk ? i + kChunk : count_;
+        for (;;) {
+            i = find_loud_point(i, stop);
+            if (i >= stop || !drops_alone(i)) break;
+            points_[i - 1].flags &= ~kEndAndMark;
+            points_[i].flags |= VEXO_POINT_PROCESSED;
+            touched_below_ = i + 1;
+            i += 2;
+        }
+        if (i - 1 - emitted_ >= kChunk) emit_final(i - 1);
+        return i;
+    }
+
+    // The first point in [i, stop) that is not quiet, or stop (i when i is
+    // past stop already).
+    uint32_t find_loud_point(uint32_t i, uint32_t stop) {
         while (i < stop) {
             const uint32_t base = i & ~63u;
             if (base != mask_base_) load_quiet_mask(base);
@@ -127,7 +147,19 @@ private:
             if (loud != 0) return std::min(i + static_cast<uint32_t>(__builtin_ctzll(loud)), stop);
             i = base + 64;
         }
-        return stop;
+        return i;
+    }
+
+    // With the anchor at p - 1: whether the full step would drop p and then
+    // move the anchor to p + 1 at once, decided on the squares alone.  p and
+    // p + 1 are neither line ends nor processed, p is surely close to the
+    // anchor and p + 1 surely not.
+    bool drops_alone(uint32_t p) const {
+        if (p + 1 >= count_) return false;
+        const uint32_t special = VEXO_POINT_END | VEXO_POINT_PROCESSED;
+        const bool plain = ((points_[p].flags | points_[p + 1].flags) & special) == 0;
+        return plain & closer_.surely(points_[p - 1], points_[p]) &
+               closer_.surely_not(points_[p - 1], points_[p + 1]);
     }
 
     void load_quiet_mask(uint32_t base) {
@@ -141,24 +173,16 @@ private:
     // are final.  Step 2 keeps the unprocessed points.  Step 3 drops a kept
     // point k and the one kept before it when they form a line of their own
     // shorter than min_dist: k ends a line, k - 1 does not, k - 2 does.
-    // Step 4 is the write position stepping back over such a pair.  Every
-    // record is written, and the write position moves only past kept ones,
-    // so scattered drops cost no branch.  Writes stay at or before the
-    // point read, and before step 1's anchor.
+    // Step 4 is the write position stepping back over such a pair.  Writes
+    // stay at or before the point read, and before step 1's anchor.
     void emit_final(uint32_t final_below) {
-        uint32_t written = written_;
-        for (uint32_t j = emitted_; j < final_below; ++j) {
-            const uint32_t flags = points_[j].flags;
-            copy_record(points_ + written, points_[j]);
-            const uint32_t kept = ((flags / VEXO_POINT_PROCESSED) & 1u) ^ 1u;
-            if ((kept & flags & VEXO_POINT_END) && ends_short_line(written)) {
-                --written;
-            } else {
-                written += kept;
-            }
-        }
-        written_ = written;
-        emitted_ = std::max(emitted_, final_below);
+        if (final_below <= emitted_) return;
+        written_ = move_kept(points_, emitted_, final_below, written_, {&drops_pair, this});
+        emitted_ = final_below;
+    }
+
+    static bool drops_pair(const void *self, uint32_t k) {
+        return static_cast<const DistanceReduction *>(self)->ends_short_line(k);
     }
 
     // Step 3 at the line end just written at k, reading k - 1 and k - 2
