@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "bench_ratio.hpp"
+#include "geom/wide_reduce.hpp"
 #include "vexo.h"
 
 namespace {
@@ -66,7 +67,16 @@ void BM_CopyAndReduce(benchmark::State &state, Reducer reduce, double limit) {
     state.SetItemsProcessed(int64_t(state.iterations()) * kPoints);
 }
 
+// The same with the 256-bit paths switched off: the figure for processors
+// without AVX2.
+void BM_CopyAndReduceNarrow(benchmark::State &state) {
+    vexo::allow_wide_reduce(false);
+    BM_CopyAndReduce(state, vexo_geom_reduce, 0.3);
+    vexo::allow_wide_reduce(true);
+}
+
 BENCHMARK(BM_CopyPass)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CopyAndReduceNarrow)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_CopyAndReduce, reduce, vexo_geom_reduce, 0.3)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_CopyAndReduce, reduce_2d, vexo_geom_reduce_2d, 0.3)
     ->Unit(benchmark::kMillisecond);
@@ -80,6 +90,7 @@ BENCHMARK_CAPTURE(BM_CopyAndReduce, by_angle_2d, vexo_geom_reduce_by_angle_2d, 0
 int main(int argc, char **argv) {
     return vexo_bench::run_with_ratios(argc, argv,
                                        {{"BM_CopyAndReduce/reduce", "BM_CopyPass"},
+                                        {"BM_CopyAndReduceNarrow", "BM_CopyPass"},
                                         {"BM_CopyAndReduce/reduce_2d", "BM_CopyPass"},
                                         {"BM_CopyAndReduce/by_angle", "BM_CopyPass"},
                                         {"BM_CopyAndReduce/by_angle_2d", "BM_CopyPass"}},

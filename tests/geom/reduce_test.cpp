@@ -7,6 +7,7 @@
 #include <tuple>
 #include <vector>
 
+#include "geom/wide_reduce.hpp"
 #include "line/compact.hpp"
 #include "vexo_test_util.hpp"
 
@@ -94,19 +95,22 @@ TEST(GeomReduce, WorkedCasesQuirksAndMissingArrays) {
     }
 }
 
-// The library runs the steps as one pipeline; on large random arrays (dense ends, caller-
-// marked points, z counted in 3D only) it must give the plain passes' bytes.
+// The library runs the steps as one pipeline with fast lanes; on large random arrays (dense
+// ends, caller-marked points, z counted in 3D only, steps in multiples of a third of min_dist
+// in the later rounds) it must give the plain passes' bytes, on the wide and the narrow path.
 TEST(GeomReduce, MatchesTheStepByStepReductionOnLargeArrays) {
     std::mt19937 rng(11);
     std::uniform_real_distribution<double> step(-0.7, 0.7);
-    for (uint32_t round = 0; round < 6; ++round) {
+    for (uint32_t round = 0; round < 16; ++round) {
+        vexo::allow_wide_reduce(round % 4 < 2);
         const uint32_t n = 3000 + rng() % 20000;
         std::vector<GeomPoint> pts(n);
         double x = 0.0, y = 0.0;
+        auto next_step = [&] { return round < 8 ? step(rng) : 0.15 * (int(rng() % 9) - 4); };
         for (uint32_t i = 0; i < n; ++i) {
-            x += step(rng);
-            y += step(rng);
-            const uint32_t flags = (rng() % (2 + round) == 0 ? VEXO_POINT_END : 0u) |
+            x += next_step();
+            y += next_step();
+            const uint32_t flags = (rng() % (2 + round % 8) == 0 ? VEXO_POINT_END : 0u) |
                                    (rng() % 9 == 0 ? VEXO_POINT_END_MARK : 0u) |
                                    (rng() % 50 == 0 ? VEXO_POINT_PROCESSED : 0u);
             pts[i] = {x, y, step(rng) * 0.1, flags, i};
@@ -118,6 +122,7 @@ TEST(GeomReduce, MatchesTheStepByStepReductionOnLargeArrays) {
         ASSERT_EQ(count, expected_count) << round;
         ASSERT_TRUE(same_bytes(pts[0], expected[0], count)) << round;
     }
+    vexo::allow_wide_reduce(true);
 }
 
 TEST(GeomReduceByAngle, BendsDegenerateLegsAndAnchorWalk) {
