@@ -87,24 +87,6 @@ INSTANTIATE_TEST_SUITE_P(
                    rect(5, 5, 28, 7)}),
     [](const ::testing::TestParamInfo<Structured> &info) { return info.param.name; });
 
-TEST(Clip2Bool, PointsAwayFromTheBoundaryClassifyAsClip) {
-    std::mt19937 rng(7);
-    std::uniform_real_distribution<double> at(-5.0, 105.0);
-    for (int trial = 0; trial < 20; ++trial) {
-        const Pts subject = random_rings(rng, 2, 100.0), operand = random_rings(rng, 2, 100.0);
-        const uint32_t mode = trial % 2 ? kDiff : kUnion;
-        const auto ours = grid_paths(bool2(subject, operand, mode));
-        const auto theirs = grid_paths(bool1(subject, operand, mode));
-        for (int k = 0; k < 200; ++k) {
-            const double x = at(rng) * 1000.0, y = at(rng) * 1000.0;
-            if (boundary_distance(theirs, x, y) <= 3.0 || boundary_distance(ours, x, y) <= 3.0)
-                continue;
-            EXPECT_EQ(inside(ours, x, y), inside(theirs, x, y))
-                << "trial " << trial << " at " << x << "," << y;
-        }
-    }
-}
-
 TEST(Clip2Bool, FigureEightKeepsBothLobes) {
     const Pts eight = ring({0, 0, 10, 10, 10, 0, 0, 10}); // crosses itself at (5, 5)
     const Pts out = bool2(eight, rect(20, 20, 21, 21), kUnion);
