@@ -4,6 +4,7 @@
 #include "clip2_support.hpp"
 
 #include <algorithm>
+#include <ostream>
 
 using namespace clip2_test;
 
@@ -25,6 +26,10 @@ struct Structured {
     const char *name;
     Pts subject, operand;
 };
+
+void PrintTo(const Structured &c, std::ostream *os) {
+    *os << c.name;
+}
 
 class Clip2Structured : public ::testing::TestWithParam<Structured> {};
 

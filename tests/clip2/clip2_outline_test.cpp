@@ -2,6 +2,8 @@
 // Outlines checked against Clipper's offset of the same grid paths.
 #include "clip2_support.hpp"
 
+#include <ostream>
+
 using namespace clip2_test;
 
 namespace {
@@ -28,6 +30,10 @@ struct Shape {
     const char *name;
     Pts path;
 };
+
+void PrintTo(const Shape &c, std::ostream *os) {
+    *os << c.name;
+}
 
 class Clip2OutlineShapes : public ::testing::TestWithParam<Shape> {};
 

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <map>
+#include <ostream>
 #include <vector>
 
 #include "geos_oracle.hpp"
@@ -88,22 +89,19 @@ struct Fixture {
     double spacing, angle, ox, oy;
 };
 
+void PrintTo(const Fixture &f, std::ostream *os) {
+    *os << f.name;
+}
+
 std::vector<Fixture> fixtures() {
+    const Rings nested = {square(0, 0, 10, 10), square(2, 2, 8, 8), square(3, 3, 7, 7),
+                          square(4, 4, 6, 6)};
+    const Rings eight = {{{0, 0}, {10, 10}, {10, 0}, {0, 10}}};
     return {
-        {"nested_squares",
-         {square(0, 0, 10, 10), square(2, 2, 8, 8), square(3, 3, 7, 7), square(4, 4, 6, 6)},
-         0.3,
-         0.0,
-         0.0,
-         0.05},
-        {"nested_squares_turned",
-         {square(0, 0, 10, 10), square(2, 2, 8, 8), square(3, 3, 7, 7), square(4, 4, 6, 6)},
-         0.3,
-         37.0,
-         0.1,
-         0.2},
-        {"figure_eight", {{{0, 0}, {10, 10}, {10, 0}, {0, 10}}}, 0.25, 0.0, 0.0, 0.1},
-        {"figure_eight_steep", {{{0, 0}, {10, 10}, {10, 0}, {0, 10}}}, 0.25, 71.0, 0.0, 0.0},
+        {"nested_squares", nested, 0.3, 0.0, 0.0, 0.05},
+        {"nested_squares_turned", nested, 0.3, 37.0, 0.1, 0.2},
+        {"figure_eight", eight, 0.25, 0.0, 0.0, 0.1},
+        {"figure_eight_steep", eight, 0.25, 71.0, 0.0, 0.0},
         {"glyph", glyph(), 0.37, 23.0, 0.0, 0.0},
     };
 }

@@ -3,6 +3,7 @@
 // single point is made (count 0), instead of after the point limit.
 #include <cmath>
 #include <limits>
+#include <ostream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -18,6 +19,10 @@ struct SpiralCase {
     double inner, outer;
     uint8_t outward;
 };
+
+void PrintTo(const SpiralCase &c, std::ostream *os) {
+    *os << c.name;
+}
 
 class SpiralRefused : public ::testing::TestWithParam<SpiralCase> {};
 

@@ -197,6 +197,10 @@ struct BadDash {
     VexoDash dash;
 };
 
+void PrintTo(const BadDash &c, std::ostream *os) {
+    *os << c.why;
+}
+
 class DashBadInput : public ::testing::TestWithParam<BadDash> {};
 
 TEST_P(DashBadInput, IsInvalidParameterWithNothingReturned) {

@@ -316,6 +316,10 @@ struct BadDots {
     GeomPoint corrupt; // replaces the middle point
 };
 
+void PrintTo(const BadDots &c, std::ostream *os) {
+    *os << c.why;
+}
+
 class DotBadInput : public ::testing::TestWithParam<BadDots> {};
 
 TEST_P(DotBadInput, IsInvalidParameterWithNothingReturned) {
