@@ -1259,7 +1259,9 @@ typedef struct Recogniser Recogniser;
  * (*count of them; free with vexo_prcg_release_keypoints), or NULL (*count
  * -1 on a bad image, one above VEXO_VISION_MAX_PIXELS, or allocation
  * failure).  Keypoints that vexo_prcg_create_recogniser would refuse on the
- * same image are left out, so a returned set always creates a recogniser. */
+ * same image are left out, so a returned set always creates a recogniser.
+ * Detector bits: one allows that detector alone, none allows all three, and
+ * two or more (or 0x0800) allow none: NULL, with *options naming SURF. */
 VEXO_API PatternKeypoint *vexo_prcg_gen_keypoints(const ImageBlock *image, int32_t *count,
                                                   uint32_t *options, int32_t left, int32_t top,
                                                   int32_t right, int32_t bottom);

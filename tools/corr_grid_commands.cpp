@@ -357,13 +357,20 @@ void add_from_photo(CLI::App *group) {
     cmd->add_option("--circularity", o->circularity, "least 4 pi area / perimeter^2 of a dot")
         ->capture_default_str()
         ->check(finite_range(0, 1));
-    cmd->add_option("--dots-png", o->dots_png, "also draw the found dots over the photo (PNG)");
+    cmd->add_option("--dots-png", o->dots_png,
+                    "also draw the found dots over the photo (PNG), where they lie in the photo "
+                    "before any straightening");
     cmd->callback([o] {
         std::vector<uint8_t> block = read_picture_block(o->image);
         CalibrationRecord record;
         if (!o->record.empty()) record = read_calibration_record(o->record);
         FoundDots found = find_photo_dots(*o, block, o->record.empty() ? nullptr : &record);
-        if (!o->dots_png.empty()) write_dots_png(o->dots_png, block, found.pixels);
+        // Straightened centres lie in another frame than the photo's pixels:
+        // the picture shows the dots where they are found in the photo.
+        if (!o->dots_png.empty())
+            write_dots_png(o->dots_png, block,
+                           o->record.empty() ? found.pixels
+                                             : find_photo_dots(*o, block, nullptr).pixels);
         if (found.status != VEXO_OK)
             throw cli::Failure(o->image + ": no dots found: " + cli::status_text(found.status));
         std::vector<GeomPoint> pts = found.pixels;

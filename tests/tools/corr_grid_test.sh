@@ -178,6 +178,29 @@ case_from_photo_draws_the_found_dots() {
     png_check d.png "assert (w, h) == (160, 160), (w, h)"
 }
 
+# With a calibration record the centres are straightened before they are
+# fitted; the picture still rings each dot where it lies in the photo.
+case_from_photo_draws_the_dots_where_the_photo_has_them() {
+    need_photo
+    write_dots p.png 3
+    write_board board.png
+    "$vexo" -q calib board board.png 7 5 cam.rec >/dev/null 2>&1 || fail "calib board failed"
+    run "$vexo" corr from-photo p.png t.kxo --grid 3 --pitch 8 --record cam.rec --dots-png d.png
+    [ -s d.png ] || fail "no picture written: $(cat err)"
+    png_check d.png "
+import math
+t = math.radians(3)
+red = lambda x, y: px(x, y)[0] > 150 and px(x, y)[1] < 100 and px(x, y)[2] < 100
+for i in range(3):
+    for j in range(3):
+        x, y = (j - 1) * 40, (i - 1) * 40
+        cx = 80 + x * math.cos(t) - y * math.sin(t) + 0.3
+        cy = 80 + x * math.sin(t) + y * math.cos(t) - 0.2
+        ring = [(round(cx + r * math.cos(a / 8)), round(cy + r * math.sin(a / 8)))
+                for a in range(51) for r in (6, 7, 8)]
+        assert sum(red(*p) for p in ring) > 20, (i, j, sum(red(*p) for p in ring))"
+}
+
 case_from_photo_refuses_a_picture_above_the_pixel_budget() {
     need_photo
     python3 - big.png <<'PY'

@@ -118,3 +118,29 @@ run_case() {
     "case_$case_name"
     echo "PASS ($case_name)"
 }
+
+# A grey PNG chessboard: 8 x 6 squares (7 x 5 inner corners)
+# seen at a slant, so that one view fixes the camera.
+write_board() {
+    python3 - "$1" <<'PY'
+import struct, sys, zlib
+# A 8 x 6 board of 40 px squares seen at a slant: each image pixel (x, y)
+# maps back to board coordinates through a fixed homography.
+w, h, s = 480, 400, 40
+G = [[1.0, 0.08, -60.0], [0.03, 1.0, -50.0], [0.0006, 0.0004, 1.0]]
+rows = bytearray()
+for y in range(h):
+    rows.append(0)
+    for x in range(w):
+        d = G[2][0] * x + G[2][1] * y + G[2][2]
+        u = (G[0][0] * x + G[0][1] * y + G[0][2]) / d
+        v = (G[1][0] * x + G[1][1] * y + G[1][2]) / d
+        inside = 0 <= u < 8 * s and 0 <= v < 6 * s
+        rows.append(0 if inside and (int(u // s) + int(v // s)) % 2 == 0 else 255)
+def chunk(kind, body):
+    return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
+png = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", w, h, 8, 0, 0, 0, 0))
+png += chunk(b"IDAT", zlib.compress(bytes(rows))) + chunk(b"IEND", b"")
+open(sys.argv[1], "wb").write(png)
+PY
+}
