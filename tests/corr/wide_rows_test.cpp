@@ -78,12 +78,19 @@ TEST_P(RowLoaders, GcdMatchesTheFormulaForEveryI16) {
     }
 }
 
-TEST_P(RowLoaders, FcrMatchesTheFormulaUpToTheI16Extremes) {
-    std::vector<uint8_t> file(65536);
+// An fcr file: `prefix` bytes of 0x7F (a header the loader must skip), then
+// the two planes of fcr_delta.
+std::vector<uint8_t> fcr_file(size_t prefix) {
+    std::vector<uint8_t> file(prefix + 65536, 0x7F);
     for (int plane = 0; plane < 2; ++plane)
         for (int fr = 0; fr < 128; ++fr)
             for (int fc = 0; fc < 128; ++fc)
-                put_i16(file, size_t(plane * 32768 + fr * 256 + fc * 2), fcr_delta(plane, fr, fc));
+                put_i16(file, prefix + size_t(plane * 32768 + fr * 256 + fc * 2),
+                        fcr_delta(plane, fr, fc));
+    return file;
+}
+
+void expect_fcr_formula(const std::vector<uint8_t> &file) {
     CorrTable t;
     std::memset(&t, 0x5C, sizeof t);
     ASSERT_EQ(vexo::parse_fcr({file.data(), file.size()}, t), VEXO_OK);
@@ -94,6 +101,16 @@ TEST_P(RowLoaders, FcrMatchesTheFormulaUpToTheI16Extremes) {
             ASSERT_EQ(cell.y, fcr_expected(1, row, column)) << row << ", " << column;
             ASSERT_EQ(cell.z, 0.0) << row << ", " << column;
         }
+}
+
+TEST_P(RowLoaders, FcrMatchesTheFormulaUpToTheI16Extremes) {
+    expect_fcr_formula(fcr_file(0));
+}
+
+// The planes are the last 65,536 bytes wherever they start: an odd header
+// leaves every line off any alignment the wide loads could rely on.
+TEST_P(RowLoaders, FcrReadsTheLastBlockAfterAnOddHeader) {
+    expect_fcr_formula(fcr_file(1001));
 }
 
 INSTANTIATE_TEST_SUITE_P(Paths, RowLoaders, testing::Values(false, true),

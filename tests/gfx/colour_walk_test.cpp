@@ -71,16 +71,17 @@ protected:
 TEST_P(EachWalk, EveryValueChannelAlignmentAndTail) {
     const RandomTables tables(12);
     const std::vector<uint8_t> src = every_value_in_every_channel(64 * 24 + 64, 6);
-    std::vector<uint8_t> out(src.size() + 64);
+    std::vector<uint8_t> out(src.size() + 65);
     for (size_t shift = 0; shift < 64; shift += 5)
         for (size_t pixels : {1, 21, 22, 31, 32, 33, 63, 64, 65, 256, 512 - 1}) {
             const size_t bytes = 3 * pixels;
             const uint8_t *from = src.data() + shift;
             std::fill(out.begin(), out.end(), 0x5A);
-            uint8_t *to = out.data() + (64 - shift) % 64;
+            uint8_t *to = out.data() + 1 + (64 - shift) % 64;
             vexo::map_pixels(to, from, pixels, tables.t);
             EXPECT_EQ(first_wrong(to, from, bytes, 0, tables.t), -1)
                 << "shift " << shift << ", " << pixels << " pixels";
+            EXPECT_EQ(to[-1], 0x5A) << "wrote before dst, shift " << shift;
             EXPECT_EQ(to[bytes], 0x5A) << "wrote past " << pixels << " pixels";
         }
 }
@@ -139,6 +140,19 @@ TEST_P(EachWalk, MatchesThePerByteFormula) {
         const int want = r > 255.0f ? 255 : r > 0.0f ? (int)r : 0;
         ASSERT_EQ(out[i], want) << "byte " << i << ", input " << int(src[i]);
     }
+}
+
+// A limit is never exceeded, and the portable walk is always there.
+TEST(ColourWalkLimit, NeverPicksAFasterWalk) {
+    for (auto limit :
+         {vexo::ColourWalk::Portable, vexo::ColourWalk::Shuffle, vexo::ColourWalk::Wide}) {
+        vexo::limit_colour_walk(limit);
+        EXPECT_LE(static_cast<int>(vexo::colour_walk()), static_cast<int>(limit))
+            << "limit " << static_cast<int>(limit);
+    }
+    vexo::limit_colour_walk(vexo::ColourWalk::Portable);
+    EXPECT_EQ(vexo::colour_walk(), vexo::ColourWalk::Portable);
+    vexo::limit_colour_walk(vexo::ColourWalk::Wide);
 }
 
 std::string walk_name(const testing::TestParamInfo<vexo::ColourWalk> &info) {
