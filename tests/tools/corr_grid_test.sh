@@ -21,7 +21,7 @@ write_marks() {
 # index SKIP (if given) left out.
 write_dots() {
     python3 - "$1" "$2" "${3:--1}" <<'PY'
-import math, struct, sys, zlib
+import math, sys, grey_png
 n, skip = int(sys.argv[2]), int(sys.argv[3])
 w = h = 40 * n + 40
 t = math.radians(3)
@@ -41,12 +41,7 @@ for cx, cy in centres:
                           (py - 0.5 + (b + 0.5) / 4 - cy) ** 2) <= 25
                          for a in range(4) for b in range(4))
             grey[py][px] = 30 + 190 * inside / 16
-rows = b"".join(b"\0" + bytes(int(v + 0.5) for v in row) for row in grey)
-def chunk(kind, body):
-    return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
-png = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", w, h, 8, 0, 0, 0, 0))
-png += chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
-open(sys.argv[1], "wb").write(png)
+grey_png.write(sys.argv[1], grey)
 PY
 }
 
@@ -203,12 +198,7 @@ for i in range(3):
 
 case_from_photo_refuses_a_picture_above_the_pixel_budget() {
     need_photo
-    python3 - big.png <<'PY'
-import struct, sys, zlib
-body = struct.pack(">IIBBBBB", 4096, 4096, 8, 0, 0, 0, 0)
-ihdr = struct.pack(">I", 13) + b"IHDR" + body + struct.pack(">I", zlib.crc32(b"IHDR" + body))
-open(sys.argv[1], "wb").write(b"\x89PNG\r\n\x1a\n" + ihdr)
-PY
+    write_png_header big.png 4096 4096
     run "$vexo" corr from-photo big.png t.kxo --grid 3 --pitch 8
     expect_rc 1
     expect_err "the limit is"

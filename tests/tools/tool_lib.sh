@@ -9,6 +9,8 @@ vexo=$1
 case_name=$2
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 work=$(mktemp -d)
+# The Python checks and picture writers import their helpers from here.
+export PYTHONPATH="$here${PYTHONPATH:+:$PYTHONPATH}"
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
 
@@ -123,24 +125,26 @@ run_case() {
 # seen at a slant, so that one view fixes the camera.
 write_board() {
     python3 - "$1" <<'PY'
-import struct, sys, zlib
+import sys, grey_png
 # A 8 x 6 board of 40 px squares seen at a slant: each image pixel (x, y)
 # maps back to board coordinates through a fixed homography.
 w, h, s = 480, 400, 40
 G = [[1.0, 0.08, -60.0], [0.03, 1.0, -50.0], [0.0006, 0.0004, 1.0]]
-rows = bytearray()
+rows = []
 for y in range(h):
-    rows.append(0)
+    row = []
     for x in range(w):
         d = G[2][0] * x + G[2][1] * y + G[2][2]
         u = (G[0][0] * x + G[0][1] * y + G[0][2]) / d
         v = (G[1][0] * x + G[1][1] * y + G[1][2]) / d
         inside = 0 <= u < 8 * s and 0 <= v < 6 * s
-        rows.append(0 if inside and (int(u // s) + int(v // s)) % 2 == 0 else 255)
-def chunk(kind, body):
-    return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
-png = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", w, h, 8, 0, 0, 0, 0))
-png += chunk(b"IDAT", zlib.compress(bytes(rows))) + chunk(b"IEND", b"")
-open(sys.argv[1], "wb").write(png)
+        row.append(0 if inside and (int(u // s) + int(v // s)) % 2 == 0 else 255)
+    rows.append(row)
+grey_png.write(sys.argv[1], rows)
 PY
+}
+
+# A PNG whose header claims W x H pixels (no pixel data follows).
+write_png_header() {
+    python3 -c 'import sys, grey_png; grey_png.write_header_only(sys.argv[1], int(sys.argv[2]), int(sys.argv[3]))' "$1" "$2" "$3"
 }

@@ -7,26 +7,11 @@ source "$(dirname "$0")/tool_lib.sh"
 # A grey PNG of random 8-pixel blocks (a pattern no part of which repeats).
 write_texture() {
     python3 - "$1" <<'PY'
-import random, struct, sys, zlib
+import random, sys, grey_png
 random.seed(7)
 w, h = 320, 240
 cells = [[random.randrange(256) for _ in range(w // 8)] for _ in range(h // 8)]
-rows = b"".join(b"\0" + bytes(cells[y // 8][x // 8] for x in range(w)) for y in range(h))
-def chunk(kind, body):
-    return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
-png = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", w, h, 8, 0, 0, 0, 0))
-png += chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
-open(sys.argv[1], "wb").write(png)
-PY
-}
-
-# A PNG whose header claims W x H pixels (no pixel data follows).
-write_png_header() {
-    python3 - "$1" "$2" "$3" <<'PY'
-import struct, sys, zlib
-body = struct.pack(">IIBBBBB", int(sys.argv[2]), int(sys.argv[3]), 8, 0, 0, 0, 0)
-ihdr = struct.pack(">I", 13) + b"IHDR" + body + struct.pack(">I", zlib.crc32(b"IHDR" + body))
-open(sys.argv[1], "wb").write(b"\x89PNG\r\n\x1a\n" + ihdr)
+grey_png.write(sys.argv[1], [[cells[y // 8][x // 8] for x in range(w)] for y in range(h)])
 PY
 }
 
